@@ -1,0 +1,131 @@
+#include "base/childProcess.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <new>
+
+#include "base/childStatus.h"
+
+namespace zamo {
+namespace {
+
+constexpr const char* kDefaultEnvironment[] = {kPathVariable, nullptr};
+
+// The calls of this family return an error number; only memory can be short.
+void require(int error) {
+    if (error != 0) throw std::bad_alloc();
+}
+
+// What the child does with its descriptors before the program starts.
+class FileActions {
+  public:
+    FileActions() { require(posix_spawn_file_actions_init(&actions_)); }
+    ~FileActions() { (void)posix_spawn_file_actions_destroy(&actions_); }
+    FileActions(const FileActions&) = delete;
+    FileActions& operator=(const FileActions&) = delete;
+
+    void openNull(int fd, int flags) {
+        require(posix_spawn_file_actions_addopen(&actions_, fd, "/dev/null", flags, 0));
+    }
+    void duplicate(int from, int to) {
+        require(posix_spawn_file_actions_adddup2(&actions_, from, to));
+    }
+    void closeFrom(int first) {
+        require(posix_spawn_file_actions_addclosefrom_np(&actions_, first));
+    }
+    const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+  private:
+    posix_spawn_file_actions_t actions_;
+};
+
+class DefaultSignals {
+  public:
+    DefaultSignals() {
+        require(posix_spawnattr_init(&attributes_));
+        sigset_t signals;
+        // Not sigfillset(): it leaves out two that the C library uses, and the child would ignore
+        // them.
+        memset(&signals, 0xff, sizeof signals);
+        require(posix_spawnattr_setsigdefault(&attributes_, &signals));
+        sigemptyset(&signals);
+        require(posix_spawnattr_setsigmask(&attributes_, &signals));
+        require(
+            posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK));
+    }
+    ~DefaultSignals() { (void)posix_spawnattr_destroy(&attributes_); }
+    DefaultSignals(const DefaultSignals&) = delete;
+    DefaultSignals& operator=(const DefaultSignals&) = delete;
+    const posix_spawnattr_t* get() const { return &attributes_; }
+
+  private:
+    posix_spawnattr_t attributes_;
+};
+
+// A close-on-exec descriptor on this number is somebody's file, not a standard stream.
+bool isInheritable(int fd) {
+    const int flags = fcntl(fd, F_GETFD);
+    return flags >= 0 && (flags & FD_CLOEXEC) == 0;
+}
+
+void setStandardStreams(FileActions& actions, const ChildSetup& setup) {
+    if (setup.input >= 0) {
+        actions.duplicate(setup.input, STDIN_FILENO);
+    } else {
+        actions.openNull(STDIN_FILENO, O_RDONLY);
+    }
+    if (setup.output >= 0) {
+        actions.duplicate(setup.output, STDOUT_FILENO);
+    } else if (!isInheritable(STDOUT_FILENO)) {
+        actions.openNull(STDOUT_FILENO, O_WRONLY);
+    }
+    // A program without these would print into the next file that it opens.
+    if (!isInheritable(STDERR_FILENO)) actions.openNull(STDERR_FILENO, O_WRONLY);
+}
+
+}  // namespace
+
+pid_t startChild(const char* path, const char* const argv[], const ChildSetup& setup) {
+    static const DefaultSignals signals;
+    FileActions actions;
+    setStandardStreams(actions, setup);
+    actions.closeFrom(STDERR_FILENO + 1);
+
+    const char* const* environment = setup.environment ? setup.environment : kDefaultEnvironment;
+    pid_t child = -1;
+    // posix_spawn takes the lists as non-const and does not change them.
+    const int error = posix_spawn(&child,
+                                  path,
+                                  actions.get(),
+                                  signals.get(),
+                                  const_cast<char* const*>(argv),
+                                  const_cast<char* const*>(environment));
+    if (error == 0) return child;
+    errno = error;
+    return -1;
+}
+
+int waitForChild(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR) return -1;
+    }
+    return status;
+}
+
+int runChild(const char* path, const char* const argv[], const char* const* environment) {
+    const BlockedSigchld blocked;
+    const KeptChildStatus kept;
+    ChildSetup setup;
+    setup.environment = environment;
+    const pid_t child = startChild(path, argv, setup);
+    return child < 0 ? -1 : waitForChild(child);
+}
+
+}  // namespace zamo

@@ -1,0 +1,35 @@
+#ifndef ZAMO_BASE_CHILD_PROCESS_H
+#define ZAMO_BASE_CHILD_PROCESS_H
+
+#include <sys/types.h>
+
+namespace zamo {
+
+// The only variable of a program's environment, unless others are asked for.
+constexpr const char* kPathVariable = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
+
+struct ChildSetup {
+    const char* const* environment = nullptr;  // null: PATH alone
+    int input = -1;                            // -1: /dev/null
+    int output = -1;                           // -1: the caller's standard output
+};
+
+// Starts the program `path` without a shell, with no other descriptor than 0, 1 and 2, an empty
+// signal mask and the default dispositions. Its cost does not grow with the caller's memory or open
+// files. `input` and `output` must be above 2. -1 with errno set when it cannot be started.
+[[nodiscard]] pid_t startChild(const char* path,
+                               const char* const argv[],
+                               const ChildSetup& setup = {});
+
+// The wait status, or -1 with errno set.
+[[nodiscard]] int waitForChild(pid_t child);
+
+// Starts the program and waits for it: the wait status, or -1 with errno set. It is right also when
+// the process ignores SIGCHLD or reaps children in a handler.
+[[nodiscard]] int runChild(const char* path,
+                           const char* const argv[],
+                           const char* const* environment = nullptr);
+
+}  // namespace zamo
+
+#endif

@@ -1,0 +1,7 @@
+#ifndef ZAMO_BASE_EXPORT_H
+#define ZAMO_BASE_EXPORT_H
+
+/* Marks a function of the public headers at its definition; the link maps name them once more. */
+#define ZAMO_EXPORT __attribute__((visibility("default")))
+
+#endif

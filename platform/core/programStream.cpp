@@ -1,0 +1,130 @@
+#include <zamo/core.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <exception>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+#include "base/childProcess.h"
+#include "base/childStatus.h"
+#include "base/export.h"
+#include "base/fail.h"
+#include "base/uniqueFd.h"
+
+namespace {
+
+struct StreamCloser {
+    void operator()(FILE* stream) const { (void)fclose(stream); }
+};
+using StreamPtr = std::unique_ptr<FILE, StreamCloser>;
+
+// The program behind a stream. Its status is kept until the stream is closed.
+struct Program {
+    zamo::KeptChildStatus status;
+    pid_t child = -1;
+};
+using ProgramPtr = std::unique_ptr<Program>;
+
+class StreamTable {
+  public:
+    void add(FILE* stream, ProgramPtr program) {
+        const std::lock_guard lock(mutex_);
+        programs_[stream] = std::move(program);
+    }
+    ProgramPtr take(FILE* stream) {
+        const std::lock_guard lock(mutex_);
+        const auto node = programs_.extract(stream);
+        return node ? std::move(node.mapped()) : nullptr;
+    }
+
+  private:
+    std::mutex mutex_;
+    std::map<FILE*, ProgramPtr> programs_;
+};
+
+// Never destroyed: other threads may use streams until the process is gone.
+StreamTable& streams() {
+    static StreamTable& table = *new StreamTable;
+    return table;
+}
+
+struct Pipe {
+    zamo::UniqueFd reader;
+    zamo::UniqueFd writer;
+};
+
+bool openPipe(Pipe& result) {
+    int ends[2] = {-1, -1};
+    if (pipe2(ends, O_CLOEXEC) != 0) return false;
+    zamo::UniqueFd reader(ends[0]);
+    zamo::UniqueFd writer(ends[1]);
+    result.reader = zamo::moveAboveStandardStreams(std::move(reader));
+    if (result.reader) result.writer = zamo::moveAboveStandardStreams(std::move(writer));
+    return static_cast<bool>(result.writer);
+}
+
+StreamPtr makeStream(zamo::UniqueFd fd, const char* mode) {
+    StreamPtr stream(fdopen(fd.get(), mode));
+    if (stream) (void)fd.release();
+    return stream;
+}
+
+StreamPtr openStream(bool reading, const char* const argv[]) {
+    Pipe pipe;
+    if (!openPipe(pipe)) return nullptr;
+    StreamPtr stream =
+        makeStream(std::move(reading ? pipe.reader : pipe.writer), reading ? "r" : "w");
+    if (!stream) return nullptr;
+
+    zamo::ChildSetup setup;
+    setup.input = pipe.reader.get();
+    setup.output = pipe.writer.get();
+    auto program = std::make_unique<Program>();
+    Program& running = *program;
+    // Entered before the start: after it nothing may fail any more.
+    streams().add(stream.get(), std::move(program));
+    running.child = zamo::startChild(argv[0], argv, setup);
+    if (running.child > 0) return stream;
+    const int error = errno;
+    (void)streams().take(stream.get());
+    stream.reset();
+    errno = error;
+    return nullptr;
+}
+
+}  // namespace
+
+ZAMO_EXPORT FILE* VLIBCPopen(const char* mode, const char* const argv[]) try {
+    const std::string_view wanted = mode ? mode : "";
+    if ((wanted != "r" && wanted != "w") || !argv || !argv[0]) {
+        errno = EINVAL;
+        (void)ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+        return nullptr;
+    }
+    StreamPtr stream = openStream(wanted == "r", argv);
+    if (!stream) (void)ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+    return stream.release();
+} catch (const std::exception&) {
+    errno = ENOMEM;
+    (void)ZAMO_FAIL(ZAMO_ERR_NO_MEMORY);
+    return nullptr;
+}
+
+ZAMO_EXPORT int VLIBCPclose(FILE* stream) {
+    const zamo::BlockedSigchld blocked;
+    const ProgramPtr program = streams().take(stream);
+    if (!program) {
+        errno = EINVAL;
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
+    // What the program did not want to read is not an error of its run.
+    (void)fclose(stream);
+    const int status = zamo::waitForChild(program->child);
+    return status < 0 ? ZAMO_FAIL(ZAMO_ERR_SYSTEM) : status;
+}

@@ -1,0 +1,80 @@
+#include "core/replaceFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "base/uniqueFd.h"
+
+namespace zamo {
+namespace {
+
+constexpr mode_t kNewFileMode = 0644;
+constexpr mode_t kModeBits = 07777;
+
+// A new file beside its target, under a name that nobody can foresee. It is deleted again unless it
+// has been published.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(const std::string& target)
+        : path_(target + ".XXXXXX"), fd_(mkostemp(path_.data(), O_CLOEXEC)), exists_(fd_) {
+        fd_ = moveAboveStandardStreams(std::move(fd_));
+    }
+    ~TemporaryFile() {
+        if (!exists_) return;
+        const int saved = errno;
+        (void)unlink(path_.c_str());
+        errno = saved;
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    explicit operator bool() const { return static_cast<bool>(fd_); }
+
+    bool write(std::string_view text) {
+        while (!text.empty()) {
+            const ssize_t done = ::write(fd_.get(), text.data(), text.size());
+            if (done < 0 && errno == EINTR) continue;
+            if (done < 0) return false;
+            text.remove_prefix(static_cast<std::size_t>(done));
+        }
+        return true;
+    }
+
+    bool takeOver(const struct stat& previous) {
+        struct stat own = {};
+        if (fstat(fd_.get(), &own) != 0) return false;
+        const bool sameOwner = own.st_uid == previous.st_uid && own.st_gid == previous.st_gid;
+        // The owner first: a change of it may clear bits of the mode.
+        if (!sameOwner && fchown(fd_.get(), previous.st_uid, previous.st_gid) != 0) return false;
+        return setMode(previous.st_mode & kModeBits);
+    }
+
+    bool setMode(mode_t mode) { return fchmod(fd_.get(), mode) == 0; }
+
+    bool publish(const std::string& target) {
+        // Some file systems report a full disk only here.
+        if (close(fd_.release()) != 0 || rename(path_.c_str(), target.c_str()) != 0) return false;
+        exists_ = false;
+        return true;
+    }
+
+  private:
+    std::string path_;
+    UniqueFd fd_;
+    bool exists_;
+};
+
+}  // namespace
+
+bool replaceFile(const std::string& path, std::string_view text, const struct stat* previous) {
+    TemporaryFile file(path);
+    return file && file.write(text) &&
+           (previous ? file.takeOver(*previous) : file.setMode(kNewFileMode)) && file.publish(path);
+}
+
+}  // namespace zamo

@@ -1,0 +1,134 @@
+/*
+ * libzamocore: processes, timed file locks, key/value files, string lists and the last error.
+ *
+ * Every function may be called from any thread. None of them throws, and every descriptor that
+ * they open is close-on-exec. Text arguments must not be NULL unless it is said otherwise.
+ */
+#ifndef ZAMO_CORE_H
+#define ZAMO_CORE_H
+
+#include <stdio.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Codes of the last error, see VLIBCErrSetEx(). */
+enum {
+    ZAMO_ERR_SYSTEM = 0x0100,         /* a system call failed; errno told why */
+    ZAMO_ERR_NO_MEMORY = 0x0200,      /* an allocation failed */
+    ZAMO_ERR_BAD_PARAMETERS = 0x0D00, /* a caller's argument cannot be used */
+};
+
+/*
+ * Runs the program `path` with the NULL-terminated `argv`, without a shell.
+ *
+ * The program gets /dev/null as its standard input, the caller's standard output and error (or
+ * /dev/null for one that the caller has closed), no other descriptor, an environment that holds
+ * only PATH, no blocked signal and the default signal dispositions.
+ *
+ * `wait` 1 blocks until the program ends: 0 when it exited with status 0; -1 when it could not be
+ * started, exited with another status or was ended by a signal. `wait` 0 returns as soon as the
+ * program runs, and nobody learns its status.
+ */
+int VLIBCExecv(const char* path, const char* const argv[], int wait);
+
+/*
+ * Starts argv[0] as VLIBCExecv() does and returns a stream on its output (`mode` "r") or on its
+ * input ("w"). NULL, with errno set, when it cannot be started; a missing program is one such case.
+ * The stream is released with VLIBCPclose(); until then the process does not ignore SIGCHLD, so
+ * that the program's status is kept.
+ */
+FILE* VLIBCPopen(const char* mode, const char* const argv[]);
+
+/*
+ * Closes the stream and waits for its program. The wait status as waitpid() gives it, or -1 with
+ * errno set, also when the stream does not come from VLIBCPopen().
+ */
+int VLIBCPclose(FILE* stream);
+
+/*
+ * Locks the whole file `path`, which is created when it is missing: `exclusive` 1 excludes every
+ * other lock, 0 only exclusive ones. Waits at most `seconds`, trying about every millisecond; 0
+ * tries once. 1 with the descriptor in `*fd`; 0 with errno set (ETIMEDOUT when the time ran out)
+ * and `*fd` unchanged. No symbolic link is followed in the last component of `path`. A file that is
+ * created is the caller's alone (mode 0600).
+ *
+ * The lock is a record lock bound to the descriptor: it excludes other processes and other
+ * descriptors of this process alike, and the record locks of fcntl() too.
+ */
+int VLIBCFileLockTimeByFile(const char* path, int exclusive, int seconds, int* fd);
+
+/* Unlocks and closes; the file stays. Non-zero on success, 0 with errno set on failure. */
+int VLIBCFileUnlockByFile(int fd);
+
+/*
+ * Key/value files hold one `key="value"` a line. The quotes may be left out when there is no blank
+ * to keep at either end of the value; a line that begins with `#` is a comment; of several equal
+ * keys the last one wins. Files over 1 MiB are refused. In a directory that everybody may write to,
+ * a symbolic link or a file of a foreign owner (neither root nor the caller's effective user) is
+ * not read.
+ *
+ * `flags` is reserved and must be 0.
+ */
+
+/*
+ * Copies the value of `key` to `value`, cut to size - 1 characters, and returns the number of
+ * characters copied. 0, with an empty text in `value`, when the key or the file is missing or the
+ * value is empty; negative, with the last error set, when the file cannot be read.
+ */
+int VLIBCFileGetKeyValue(const char* file, const char* key, char* value, int size, int flags);
+
+/*
+ * Creates or replaces the key and keeps every other line. The file is replaced by a whole new one
+ * of the same mode and owner (mode 0644 when there was none), so that a reader sees the old text or
+ * the new one; a symbolic link is replaced by a file. 0, or negative with the last error set; then
+ * the file is as it was. The caller serialises writers. A key with a line feed, a `=` or a leading
+ * `#`, and a value with a line feed or a quote, cannot be stored.
+ */
+int VLIBCFileSetKeyValue(const char* file, const char* key, const char* value, int flags);
+
+/* 1 when the key holds exactly this value, else 0. */
+int VLIBCFileCheckKeyValue(const char* file, const char* key, const char* value, int flags);
+
+/* 1 when the file exists, else 0. */
+int VLIBCFileExist(const char* file);
+
+/* 1 when /etc.defaults/zamoinfo.conf holds `feature` with the value yes, else 0. */
+int VLIBCSupportGet(const char* feature);
+
+/*
+ * The calling thread's last error: a code and the source file and line that found it. They are 0,
+ * "" and 0 before the first one. The file name is copied, and cut to 255 characters; NULL is "".
+ */
+void VLIBCErrSetEx(int code, const char* file, int line);
+int VLIBCErrGet(void);
+const char* VLIBCErrorGetFile(void);
+int VLIBCErrorGetLine(void);
+
+/* A growing list of texts. */
+typedef struct VLIBCSzList VLIBCSzList;
+
+/* An empty list with room for `capacity` texts, or NULL with the last error set. */
+VLIBCSzList* VLIBCSzListAlloc(int capacity);
+
+/*
+ * Appends a copy of `text`. This may move the list, so `*list` is written. 0, or negative with the
+ * last error set; then the list is as it was.
+ */
+int VLIBCSzListPush(VLIBCSzList** list, const char* text);
+
+/* The text at `index`, valid until the list changes, or NULL outside the list. */
+const char* VLIBCSzListGet(const VLIBCSzList* list, int index);
+
+/* The number of texts; 0 for NULL. */
+int VLIBCSzListCount(const VLIBCSzList* list);
+
+/* Releases the list; NULL is allowed. */
+void VLIBCSzListFree(VLIBCSzList* list);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,66 @@
+#include <zamo/sdk.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <exception>
+#include <string>
+#include <utility>
+
+#include "base/export.h"
+#include "base/textFile.h"
+#include "base/uniqueFd.h"
+
+namespace {
+
+using zamo::UniqueFd;
+
+// A directory has to be enterable by its owner as long as something is created inside it.
+constexpr mode_t kParentMode = 0300;
+
+// In a directory that everybody may write to, a symbolic link could lead anywhere.
+UniqueFd openSubdirectory(const UniqueFd& parent, const char* name) {
+    const int noLink = zamo::isWritableByAll(parent.get()) ? O_NOFOLLOW : 0;
+    return UniqueFd(openat(parent.get(), name, O_PATH | O_DIRECTORY | O_CLOEXEC | noLink));
+}
+
+UniqueFd enterOrCreate(const UniqueFd& parent, const char* name, mode_t mode) {
+    UniqueFd found = openSubdirectory(parent, name);
+    if (found || errno != ENOENT) return found;
+    if (mkdirat(parent.get(), name, mode) != 0 && errno != EEXIST) return UniqueFd();
+    return openSubdirectory(parent, name);
+}
+
+// Cuts the next component off `path`, and the slashes around it.
+std::string takeComponent(std::string& path) {
+    path.erase(0, path.find_first_not_of('/'));
+    std::string component = path.substr(0, path.find('/'));
+    path.erase(0, component.size());
+    path.erase(0, path.find_first_not_of('/'));
+    return component;
+}
+
+bool makeDirectories(std::string path, mode_t mode) {
+    const char* start = path.front() == '/' ? "/" : ".";
+    UniqueFd current(open(start, O_PATH | O_DIRECTORY | O_CLOEXEC));
+    while (current && !path.empty()) {
+        const std::string name = takeComponent(path);
+        if (name.empty()) break;
+        current = enterOrCreate(current, name.c_str(), path.empty() ? mode : mode | kParentMode);
+    }
+    return static_cast<bool>(current);
+}
+
+}  // namespace
+
+ZAMO_EXPORT int ZAMOFSMkdirP(const char* path, unsigned mode) try {
+    if (!path || !*path) {
+        errno = path ? ENOENT : EINVAL;
+        return -1;
+    }
+    return makeDirectories(path, static_cast<mode_t>(mode)) ? 0 : -1;
+} catch (const std::exception&) {
+    errno = ENOMEM;
+    return -1;
+}

@@ -1,0 +1,72 @@
+#include "sdk/pluginFiles.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+
+#include "base/textFile.h"
+
+namespace zamo {
+namespace {
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const { (void)closedir(directory); }
+};
+using DirectoryPtr = std::unique_ptr<DIR, DirectoryCloser>;
+
+enum class FileKind { kPlugin, kNoPlugin, kRefused };
+
+// What another user could have put there or changed would run with our rights.
+bool isSafe(const struct stat& properties) {
+    const bool ours = properties.st_uid == 0 || properties.st_uid == geteuid();
+    return ours && (properties.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+FileKind classify(int directory, const char* name) {
+    struct stat target = {};
+    constexpr mode_t kExecutable = S_IXUSR | S_IXGRP | S_IXOTH;
+    if (fstatat(directory, name, &target, 0) != 0) return FileKind::kNoPlugin;
+    if (!S_ISREG(target.st_mode) || (target.st_mode & kExecutable) == 0) return FileKind::kNoPlugin;
+
+    struct stat entry = {};
+    if (fstatat(directory, name, &entry, AT_SYMLINK_NOFOLLOW) != 0) return FileKind::kNoPlugin;
+    const bool foreignLink = S_ISLNK(entry.st_mode) && isWritableByAll(directory);
+    return isSafe(target) && !foreignLink ? FileKind::kPlugin : FileKind::kRefused;
+}
+
+void addEntry(const std::string& path, int directory, const char* name, PluginFiles& files) {
+    const FileKind kind = classify(directory, name);
+    if (kind == FileKind::kPlugin) files.runnable.insert(name);
+    if (kind != FileKind::kRefused) return;
+    files.complete = false;
+    syslog(
+        LOG_ERR,
+        "zamosdk: plug-in %s/%s is refused: its owner is neither root nor this user, or others may write to it",
+        path.c_str(),
+        name);
+}
+
+}  // namespace
+
+PluginFiles findPlugins(const std::string& directory) {
+    PluginFiles files;
+    const DirectoryPtr opened(opendir(directory.c_str()));
+    if (!opened) {
+        files.complete = errno == ENOENT;
+        if (!files.complete) {
+            syslog(LOG_ERR, "zamosdk: plug-ins in %s cannot be read: %m", directory.c_str());
+        }
+        return files;
+    }
+    while (const dirent* entry = readdir(opened.get())) {
+        addEntry(directory, dirfd(opened.get()), entry->d_name, files);
+    }
+    return files;
+}
+
+}  // namespace zamo

@@ -1,0 +1,114 @@
+#include <zamo/serviceconf.h>
+
+#include <dirent.h>
+#include <syslog.h>
+
+#include <cerrno>
+#include <exception>
+#include <map>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "base/export.h"
+#include "base/fail.h"
+#include "serviceconf/serviceFile.h"
+
+namespace {
+
+struct CatalogueEntry {
+    zamo::Service service;
+    ZAMOFwService record = {};  // points into the service and to the entry's key
+};
+
+}  // namespace
+
+struct ZAMOFwServiceList {
+    std::map<std::string, CatalogueEntry, std::less<>> entries;
+};
+
+namespace {
+
+constexpr const char* kShippedDirectory = "/usr/zamo/etc.defaults/services.d/";
+constexpr const char* kAddedDirectory = "/usr/zamo/etc/services.d/";
+constexpr std::string_view kSuffix = ".json";
+
+using PathsByName = std::map<std::string, std::string>;
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const { (void)closedir(directory); }
+};
+using DirectoryPtr = std::unique_ptr<DIR, DirectoryCloser>;
+
+// A name that begins with a dot is a hidden file, such as an editor's copy.
+bool isServiceFile(std::string_view name) {
+    return name.size() > kSuffix.size() && name.front() != '.' &&
+           name.substr(name.size() - kSuffix.size()) == kSuffix;
+}
+
+// Puts the directory's files into `paths`, in place of those of the same name.
+bool collectFiles(const std::string& directory, PathsByName& paths) {
+    const DirectoryPtr opened(opendir(directory.c_str()));
+    if (!opened && errno == ENOENT) return true;
+    if (!opened) {
+        syslog(LOG_ERR, "zamoserviceconf: %s cannot be read: %m", directory.c_str());
+        return false;
+    }
+    while (const dirent* entry = readdir(opened.get())) {
+        const std::string name = entry->d_name;
+        if (!isServiceFile(name)) continue;
+        paths[name.substr(0, name.size() - kSuffix.size())] = directory + name;
+    }
+    return true;
+}
+
+void addService(const std::string& name,
+                const std::string& path,
+                ZAMOFwServiceList& catalogue) try {
+    zamo::Service service = zamo::readServiceFile(path);
+    const auto position = catalogue.entries.try_emplace(name).first;
+    CatalogueEntry& entry = position->second;
+    entry.service = std::move(service);
+    entry.record.name = position->first.c_str();
+    entry.record.valid = entry.service.enabled ? 1 : 0;
+    entry.record.dstProtocol = entry.service.destination.protocol;
+    entry.record.dstPorts = entry.service.destination.ports.get();
+    entry.record.srcProtocol = entry.service.source.protocol;
+    entry.record.srcPorts = entry.service.source.ports.get();
+} catch (const std::bad_alloc&) {
+    throw;
+} catch (const std::exception& problem) {
+    syslog(LOG_ERR, "zamoserviceconf: %s is left out: %s", path.c_str(), problem.what());
+}
+
+}  // namespace
+
+ZAMO_EXPORT int ZAMOFwServiceEnum(ZAMOFwServiceList** catalogue) try {
+    if (!catalogue) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    *catalogue = nullptr;
+
+    PathsByName paths;
+    if (!collectFiles(kShippedDirectory, paths) || !collectFiles(kAddedDirectory, paths)) {
+        return ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+    }
+    auto loaded = std::make_unique<ZAMOFwServiceList>();
+    for (const auto& [name, path] : paths) addService(name, path, *loaded);
+    const int count = static_cast<int>(loaded->entries.size());
+    if (count > 0) *catalogue = loaded.release();
+    return count;
+} catch (const std::exception&) {
+    return ZAMO_FAIL(ZAMO_ERR_NO_MEMORY);
+}
+
+ZAMO_EXPORT const ZAMOFwService* ZAMOFWServiceFind(const ZAMOFwServiceList* catalogue,
+                                                   const char* name) {
+    if (!catalogue || !name) return nullptr;
+    const auto found = catalogue->entries.find(std::string_view(name));
+    return found == catalogue->entries.end() ? nullptr : &found->second.record;
+}
+
+ZAMO_EXPORT void ZAMOFwServiceFree(ZAMOFwServiceList* catalogue) {
+    delete catalogue;
+}
