@@ -29,8 +29,10 @@ bool fileExists(const std::string& path) {
 // second would take the same file. The generator's state is private to the draw, so that a program
 // that seeds the generator for its own purposes is not disturbed.
 int drawRandom() {
-    auto seed = static_cast<unsigned>(getpid());
-    (void)getrandom(&seed, sizeof seed, GRND_NONBLOCK);
+    unsigned seed = 0;
+    if (getrandom(&seed, sizeof seed, GRND_NONBLOCK) != sizeof seed) {
+        seed = static_cast<unsigned>(getpid());
+    }
     alignas(std::int32_t) std::array<char, 64> state = {};
     char* const previous = initstate(seed, state.data(), state.size());
     const int drawn = rand();

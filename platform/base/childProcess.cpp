@@ -91,7 +91,7 @@ void setStandardStreams(FileActions& actions, const ChildSetup& setup) {
 
 }  // namespace
 
-pid_t startChild(const char* path, const char* const argv[], const ChildSetup& setup) {
+pid_t startChild(const char* path, const char* const argv[], const ChildSetup& setup) try {
     static const DefaultSignals signals;
     FileActions actions;
     setStandardStreams(actions, setup);
@@ -108,6 +108,9 @@ pid_t startChild(const char* path, const char* const argv[], const ChildSetup& s
                                   const_cast<char* const*>(environment));
     if (error == 0) return child;
     errno = error;
+    return -1;
+} catch (const std::bad_alloc&) {
+    errno = ENOMEM;
     return -1;
 }
 
