@@ -1,0 +1,199 @@
+// The library on the real platform, the real iptables and the shipped data, with real packets.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "tests/integration/neighbour.h"
+#include "tests/support/files.h"
+#include "tests/support/systemLog.h"
+#include "zamofirewall/zamofirewall.h"
+
+namespace {
+
+using FW::FW_POLICY_ALLOW;
+using FW::FW_POLICY_DENY;
+using FW::FWPROFILE;
+using FW::FWRULE;
+using Lines = std::vector<std::string>;
+using Ports = std::set<int>;
+
+class RealFirewall : public testing::Test {
+  protected:
+    RealFirewall() {
+        test::run("/usr/zamo/sbin/zamofw-chains");
+        for (const auto& entry : std::filesystem::directory_iterator(test::kStore)) {
+            std::filesystem::remove_all(entry.path());
+        }
+        store({{"eth0", {}}}, {{"eth0", FW_POLICY_ALLOW}});
+        test::writeSettings(false, "home");
+    }
+    ~RealFirewall() override { EXPECT_TRUE(FW::ZAMOFW().fwDisable()); }
+
+    static void store(std::map<std::string, std::vector<FWRULE>> rules,
+                      std::map<std::string, FW::FW_POLICY> policies) {
+        FWPROFILE profile;
+        profile.name = "home";
+        profile.rules = std::move(rules);
+        profile.adapterPolicyMap = std::move(policies);
+        test::writeProfile("1.json", profile);
+    }
+
+    static std::string listed() { return test::run("/sbin/iptables -S; /sbin/ip6tables -S"); }
+
+    test::Neighbour neighbour_;
+    test::SystemLog log_;
+};
+
+FWRULE fromAddresses(FWRULE rule, FW::FW_IP_GROUP group, std::vector<std::string> addresses) {
+    rule.ipGroup = group;
+    rule.ipList = std::move(addresses);
+    return rule;
+}
+
+template <typename Function>
+pid_t startProcess(Function function) {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(120);
+        _exit(function() ? 0 : 1);
+    }
+    return child;
+}
+
+bool succeeded(pid_t child) {
+    int status = 0;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST_F(RealFirewall, PassesAndDropsWhatTheProfileSays) {
+    FWRULE both = test::portRule(FW_POLICY_ALLOW, {"443", "8000-8002"});
+    both.ipType = FW::FW_IP_TYPE_BOTH;
+    FWRULE logged = fromAddresses(test::portRule(FW_POLICY_ALLOW, {"25"}), FW::FW_IP_GROUP_SUBNET,
+                                  {"10.1.0.128", "25"});
+    logged.blLog = true;
+    store({{"eth0",
+            {fromAddresses(test::portRule(FW_POLICY_ALLOW, {"21"}), FW::FW_IP_GROUP_HOST,
+                           {"10.1.0.2"}),
+             fromAddresses(test::portRule(FW_POLICY_ALLOW, {"23"}), FW::FW_IP_GROUP_RANGE,
+                           {"10.1.0.10", "10.1.0.30"}),
+             logged, test::serviceRule(FW_POLICY_ALLOW, {"ssh"}), both}}},
+          {{"eth0", FW_POLICY_DENY}, {"eth1", FW_POLICY_ALLOW}});
+    ASSERT_TRUE(FW::ZAMOFW().fwEnable());
+    const std::vector<int> ports = {21, 22, 23, 25, 80, 443, 8000, 8002, 8003};
+    EXPECT_EQ(neighbour_.answeringPorts("10.1.0.2", "10.1.0.1", ports),
+              (Ports{21, 22, 443, 8000, 8002}));
+    EXPECT_EQ(neighbour_.answeringPorts("10.1.0.20", "10.1.0.1", ports),
+              (Ports{22, 23, 443, 8000, 8002}));
+    EXPECT_EQ(neighbour_.answeringPorts("10.1.0.150", "10.1.0.1", ports),
+              (Ports{22, 25, 443, 8000, 8002}));
+    EXPECT_EQ(neighbour_.answeringPorts("fd01::2", "fd01::1", ports), (Ports{443, 8000, 8002}));
+    EXPECT_EQ(neighbour_.answeringPorts("10.2.0.2", "10.2.0.1", ports).size(), ports.size());
+
+    ASSERT_TRUE(FW::ZAMOFW().fwDisable());
+    EXPECT_EQ(neighbour_.answeringPorts("10.1.0.2", "10.1.0.1", ports).size(), ports.size());
+    EXPECT_EQ(listed().find("_FIREWALL -"), std::string::npos) << listed();
+    EXPECT_EQ(log_.take(), Lines{});
+}
+
+TEST_F(RealFirewall, AnswersQueriesAsTheKernelDecides) {
+    std::mt19937 random(20240607);
+    const auto oneOf = [&](std::vector<std::string> texts) {
+        return texts[random() % texts.size()];
+    };
+    std::vector<int> ports;
+    for (int port = 20; port < 60; ++port) {
+        ports.push_back(port);
+    }
+    for (int round = 0; round < 4; ++round) {
+        // Rules for every address: the kernel and the query speak of the same thing.
+        std::map<std::string, std::vector<FWRULE>> rules;
+        for (int i = 0; i < 12; ++i) {
+            const FW::FW_POLICY policy = random() % 2 == 0 ? FW_POLICY_ALLOW : FW_POLICY_DENY;
+            const std::string port =
+                oneOf({"21", "22-25", "30-39", "33", "53", "40-45", "44-59", "20"});
+            FWRULE rule = random() % 3 == 0
+                              ? test::serviceRule(policy, {oneOf({"ssh", "smtp", "telnet"})})
+                              : test::portRule(policy, {port, oneOf({"57", "28", "50-51"})});
+            rule.protocol = random() % 4 == 0 ? FW::FW_PROTOCOL_BOTH : FW::FW_PROTOCOL_TCP;
+            rule.enable = random() % 5 != 0;
+            rules["eth0"].push_back(rule);
+        }
+        store(rules, {{"eth0", random() % 2 == 0 ? FW_POLICY_ALLOW : FW_POLICY_DENY}});
+        ASSERT_TRUE(FW::ZAMOFW().fwEnable());
+
+        Ports allowed;
+        for (const int port : ports) {
+            std::map<std::string, FW::FW_POLICY> result;
+            FW::PortCompareST query;
+            query.port = std::to_string(port);
+            ASSERT_TRUE(FW::ZAMOFW().fwPortIsBlocked(query, "eth0", result));
+            if (result["eth0"] == FW_POLICY_ALLOW) {
+                allowed.insert(port);
+            }
+        }
+        EXPECT_EQ(neighbour_.answeringPorts("10.1.0.2", "10.1.0.1", ports), allowed) << listed();
+    }
+}
+
+TEST_F(RealFirewall, ServesSeveralProcessesAtOnce) {
+    store({{"eth0", {test::portRule(FW_POLICY_ALLOW, {"22"})}}}, {{"eth0", FW_POLICY_DENY}});
+    ASSERT_TRUE(FW::ZAMOFW().fwEnable());
+    const std::string rules = listed();
+    std::vector<pid_t> children;
+    for (int process = 0; process < 3; ++process) {
+        children.push_back(startProcess(
+            [] { return FW::ZAMOFW().fwReload(true) && FW::ZAMOFW().fwReload(true); }));
+        // The answer beside a running reload comes from the files, which do not change.
+        children.push_back(startProcess([] {
+            for (int i = 0; i < 50; ++i) {
+                if (ZAMOFwPortsCheckAllowByAdapter("eth0", "ssh") != 1 ||
+                    ZAMOFwPortsCheckAllowByAdapter("eth0", "http") != 0) {
+                    return false;
+                }
+            }
+            return true;
+        }));
+    }
+    for (const pid_t child : children) {
+        EXPECT_TRUE(succeeded(child));
+    }
+    EXPECT_EQ(listed(), rules) << "no line of one reload among those of another";
+
+    children.clear();
+    for (const std::string service : {"ssh", "http", "ftp"}) {
+        children.push_back(startProcess([service] {
+            for (int i = 0; i < 20; ++i) {
+                if (VLIBFwRuleReserveServInsert(service.c_str(), i % 2, 0) != 0) {
+                    return false;
+                }
+            }
+            return true;
+        }));
+    }
+    for (const pid_t child : children) {
+        EXPECT_TRUE(succeeded(child));
+    }
+    FWPROFILE profile;
+    EXPECT_TRUE(FW::ZAMOFW_PROFILE().profileGet("home", profile)) << "every file is whole";
+    EXPECT_EQ(log_.take(), Lines{});
+}
+
+TEST_F(RealFirewall, SwitchesItselfOffWhenIptablesRefusesALine) {
+    store({{"eth0",
+            {fromAddresses(test::portRule(FW_POLICY_DENY, {"22"}), FW::FW_IP_GROUP_HOST,
+                           {"no-such-address"})}}},
+          {{"eth0", FW_POLICY_DENY}});
+    EXPECT_FALSE(FW::ZAMOFW().fwEnable());
+    bool enabled = true;
+    EXPECT_TRUE(FW::ZAMOFW().fwStatus(enabled));
+    EXPECT_FALSE(enabled);
+    EXPECT_EQ(neighbour_.answeringPorts("10.1.0.2", "10.1.0.1", {22, 80}), (Ports{22, 80}));
+    EXPECT_EQ(listed().find("ESTABLISHED"), std::string::npos) << listed();
+}
+
+}  // namespace

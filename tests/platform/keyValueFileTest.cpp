@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <zamo/core.h>
+
+#include <string>
+
+#include "sandbox.h"
+
+namespace {
+
+class KeyValueFile : public testing::Test {
+  protected:
+    // The value, or "error".
+    static std::string get(const std::string& path, const char* key) {
+        char value[64] = "untouched";
+        const int length = VLIBCFileGetKeyValue(path.c_str(), key, value, sizeof value, 0);
+        return length < 0 ? "error" : std::string(value, static_cast<size_t>(length));
+    }
+    static int set(const std::string& path, const char* key, const char* value) {
+        return VLIBCFileSetKeyValue(path.c_str(), key, value, 0);
+    }
+    static bool has(const std::string& path, const char* value) {
+        return VLIBCFileCheckKeyValue(path.c_str(), "k", value, 0) != 0;
+    }
+    // The command plants a file that may be neither read nor kept.
+    static void expectUntrusted(const std::string& plant) {
+        const std::string path = "/tmp/kv/everybodys/file";
+        shell("mkdir -p -m 1777 /tmp/kv/everybodys; cd /tmp/kv/everybodys; rm -f file; " + plant);
+        EXPECT_EQ("error", get(path, "k")) << plant;
+        EXPECT_EQ(ZAMO_ERR_SYSTEM, VLIBCErrGet()) << plant;
+        EXPECT_FALSE(has(path, "planted")) << plant;
+        EXPECT_EQ(0, set(path, "own", "v")) << plant;
+        shell("[ \"$(stat -c %F:%u:%s " + path + ")\" = 'regular file:0:8' ]");
+    }
+
+    const Directory place_{"/tmp/kv"};
+    const std::string path_ = place_ / "file";
+};
+
+TEST_F(KeyValueFile, FindsTheValueOfItsKey) {
+    const char* const rows[][2] = {
+        {"k=\"v\"\n", "v"},
+        {" k\t= v w \r\n", "v w"},
+        {"k=\"  v  w \"\n", "  v  w "},
+        {"k=a\nk=b\nk2=c", "b"},
+        {"#k=a\n # k=b\nkk=c\nK=d\nk\n", ""},
+        {"k=a=b # c\n", "a=b # c"},
+        {"k=a\nk=\"\"\n", ""},
+        {"k=\"a\n", "\"a"},
+    };
+    for (const auto& [text, value] : rows) {
+        writeFile(path_, text);
+        EXPECT_EQ(value, get(path_, "k")) << text;
+    }
+    EXPECT_EQ("", get(place_ / "missing", "k"));
+    EXPECT_EQ("error", get("/tmp/kv", "k")) << "a directory";
+
+    char small[4] = "xxx";
+    writeFile(path_, "k=abcdef\n");
+    EXPECT_EQ(3, VLIBCFileGetKeyValue(path_.c_str(), "k", small, sizeof small, 0));
+    EXPECT_STREQ("abc", small);
+}
+
+TEST_F(KeyValueFile, ChangesOneKeyAndKeepsTheOtherLines) {
+    const char* const rows[][3] = {
+        {"", "v", "k=\"v\"\n"},
+        {"# a\n\n  b = c\nodd", " v ", "# a\n\n  b = c\nodd\nk=\" v \"\n"},
+        {"a=1\nk=2\n#k=3\nb=4", "", "a=1\nk=\"\"\n#k=3\nb=4"},
+        {"k=1\nb=2\nk=3\n", "4", "k=\"4\"\nb=2\n"},
+    };
+    for (const auto& [before, value, after] : rows) {
+        writeFile(path_, before);
+        EXPECT_EQ(0, set(path_, "k", value)) << before;
+        EXPECT_EQ(after, readFile(path_)) << before;
+        EXPECT_TRUE(has(path_, value)) << before;
+        EXPECT_FALSE(has(path_, "other")) << before;
+    }
+    EXPECT_FALSE(has(place_ / "missing", ""));
+    shell("[ $(ls /tmp/kv) = file ]");
+}
+
+TEST_F(KeyValueFile, KeepsTheModeOrIsReadableForAll) {
+    const mode_t mask = umask(0077);
+    EXPECT_EQ(0, set(path_, "k", "v"));
+    shell("[ $(stat -c %a /tmp/kv/file) = 644 ] && chmod 2660 /tmp/kv/file");
+    EXPECT_EQ(0, set(path_, "k", "w"));
+    shell("[ $(stat -c %a /tmp/kv/file) = 2660 ]");
+    umask(mask);
+}
+
+TEST_F(KeyValueFile, RefusesWhatCannotBeReadBack) {
+    for (const char* key : {"", " ", "#k", "k=l", "k\nl"})
+        EXPECT_GT(0, set(path_, key, "v")) << key;
+    for (const char* value : {"a\nb", "a\"b"}) EXPECT_GT(0, set(path_, "k", value)) << value;
+    EXPECT_EQ(ZAMO_ERR_BAD_PARAMETERS, VLIBCErrGet());
+    EXPECT_EQ(0, VLIBCFileExist(path_.c_str()));
+
+    const std::string longest = std::string(1024 * 1024 - 4, '#') + "\nk=v";
+    writeFile(path_, longest);
+    EXPECT_EQ("v", get(path_, "k"));
+    EXPECT_GT(0, set(path_, "k", "v")) << "it would grow over the limit";
+    EXPECT_EQ(longest, readFile(path_));
+    writeFile(path_, longest + '\n');
+    EXPECT_EQ("error", get(path_, "k"));
+}
+
+TEST_F(KeyValueFile, FollowsNoLinkInASharedDirectory) {
+    writeFile(place_ / "secret", "k=planted\n", 0600);
+    for (const char* plant : {"ln -s ../secret file", "ln -s ../missing file"})
+        expectUntrusted(plant);
+    EXPECT_EQ("k=planted\n", readFile(place_ / "secret"));
+}
+
+TEST_F(KeyValueFile, MindsTheOwner) {
+    if (!canChangeOwners()) GTEST_SKIP() << "this root may not give files away";
+    for (const char* plant :
+         {"echo k=planted >file; chown 4711 file", "mkfifo file; chown 4711 file"}) {
+        expectUntrusted(plant);
+    }
+    // What cannot be replaced leaves no temporary file behind.
+    shell("cd /tmp/kv/everybodys; rm file; mkdir file; chown 4711 file");
+    EXPECT_GT(0, set("/tmp/kv/everybodys/file", "k", "v"));
+    shell("[ $(ls /tmp/kv/everybodys) = file ]");
+
+    shell("cd /tmp/kv; : >file; chown 4711:4712 file");
+    EXPECT_EQ(0, set(path_, "k", "v")) << "nobody else may write to this directory";
+    shell("[ $(stat -c %u:%g /tmp/kv/file) = 4711:4712 ]");
+}
+
+TEST_F(KeyValueFile, TellsTheMachinesFeatures) {
+    EXPECT_EQ(0, VLIBCSupportGet("wireless"));
+    writeFile("/etc.defaults/zamoinfo.conf", "wireless=\"yes\"\nfan=\"no\"\nlamp=\"yes please\"\n");
+    EXPECT_EQ(1, VLIBCSupportGet("wireless"));
+    for (const char* other : {"fan", "lamp"}) EXPECT_EQ(0, VLIBCSupportGet(other)) << other;
+    shell("rm /etc.defaults/zamoinfo.conf");
+}
+
+}  // namespace

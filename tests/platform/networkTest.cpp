@@ -1,0 +1,131 @@
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/if.h>
+#include <linux/if_arp.h>
+#include <linux/if_tun.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zamo/core.h>
+#include <zamo/netsdk.h>
+
+#include <cstring>
+#include <string>
+
+#include "sandbox.h"
+
+namespace {
+
+std::string configuredInterfaces(int capacity) {
+    VLIBNetInterface records[8];
+    memset(records, 'x', sizeof records);
+    std::string names;
+    const int count = VLIBNetGetInterfaceInfo(records, capacity, VLIB_NET_INTERFACE_CONFIGURED);
+    for (int i = 0; i < count; ++i) names += std::string(records[i].name) + ' ';
+    return names;
+}
+
+std::string routerInterface(const std::string& interface) {
+    shell(NETTOOL " --get-ipv6-router-interface " + interface + " >/tmp/answer");
+    return readFile("/tmp/answer");
+}
+
+bool hasTunnels() {
+    return system("ip tunnel add probe mode sit local 10.9.9.9 2>&- && ip link del probe") == 0;
+}
+
+// A kernel without the tunnel driver gets a TAP device that looks like a tunnel.
+void imitateTunnel(const std::string& name, const std::string& local) {
+    const int fd = open("/dev/net/tun", O_RDWR | O_CLOEXEC);
+    ifreq request = {};
+    name.copy(request.ifr_name, sizeof request.ifr_name - 1);
+    request.ifr_flags = IFF_TAP | IFF_NO_PI;
+    ASSERT_EQ(0, ioctl(fd, TUNSETIFF, &request)) << strerror(errno);
+    ASSERT_EQ(0, ioctl(fd, TUNSETLINK, ARPHRD_SIT) + ioctl(fd, TUNSETPERSIST, 1));
+    request.ifr_hwaddr.sa_family = ARPHRD_SIT;
+    ASSERT_EQ(1, inet_pton(AF_INET, local.c_str(), request.ifr_hwaddr.sa_data));
+    ASSERT_EQ(0, ioctl(fd, SIOCSIFHWADDR, &request)) << strerror(errno);
+    close(fd);
+}
+
+void addTunnel(const std::string& name, const std::string& local) {
+    if (!hasTunnels()) return imitateTunnel(name, local);
+    shell("ip tunnel add " + name + " mode sit local " + local);
+}
+
+class Network : public testing::Test {
+  protected:
+    // The order of creation is not that of the names.
+    void SetUp() override {
+        shell(
+            "for i in zz1 down1 bb1 bare1; do ip link add $i type veth peer name peer-$i; done;"
+            "for i in zz1 bb1 bare1; do ip link set $i addrgenmode none up; done;"
+            "ip addr add 10.9.0.1/24 dev zz1; ip addr add 10.9.1.1/24 dev zz1 label zz1:5;"
+            "ip addr add 10.9.2.1/24 dev down1; ip addr add fe80::9/64 dev bb1 nodad");
+    }
+    void TearDown() override { shell("for i in zz1 down1 bb1 bare1; do ip link del $i; done"); }
+};
+
+TEST_F(Network, ListsConfiguredInterfacesOnceInTheKernelsOrder) {
+    EXPECT_EQ("zz1 bb1 ", configuredInterfaces(8));
+    EXPECT_EQ("zz1 ", configuredInterfaces(1));
+    shell("ip addr del 10.9.0.1/24 dev zz1; ip link set down1 up");
+    EXPECT_EQ("zz1 down1 bb1 ", configuredInterfaces(8)) << "a labelled address is enough";
+
+    VLIBNetInterface record;
+    EXPECT_GT(0, VLIBNetGetInterfaceInfo(&record, -1, VLIB_NET_INTERFACE_CONFIGURED));
+    EXPECT_GT(0, VLIBNetGetInterfaceInfo(&record, 1, 7));
+    EXPECT_EQ(ZAMO_ERR_BAD_PARAMETERS, VLIBCErrGet());
+}
+
+TEST_F(Network, NamesThePppoeInterfaceWhenItExists) {
+    const Directory place("/run/zamo");
+    const char* const rows[][2] = {
+        {"interface=\"bb1\"\n", "bb1"},
+        {"interface=\"nosuch\"\n", ""},
+        {"interface=\"zz1:5\"\n", ""},
+    };
+    char name[256] = "untouched";
+    EXPECT_EQ(0, ZAMOPPPoeIntfGet(name, sizeof name));
+    EXPECT_STREQ("", name) << "no file";
+    for (const auto& [text, expected] : rows) {
+        writeFile(place / "pppoe.conf", text);
+        EXPECT_EQ(0, ZAMOPPPoeIntfGet(name, sizeof name)) << text;
+        EXPECT_STREQ(expected, name) << text;
+        EXPECT_EQ(*expected != '\0', ZAMOPPPoeIntfGet(name, 3) < 0) << text << "no room";
+    }
+}
+
+TEST_F(Network, ToolFindsTheTunnelThatIsUpOnAnAddress) {
+    if (!hasTunnels() && access("/dev/net/tun", R_OK | W_OK) != 0) {
+        GTEST_SKIP() << "neither sit devices nor TAP devices to imitate them";
+    }
+    addTunnel("tun-b", "10.9.1.1");
+    addTunnel("tun-a", "10.9.1.1");
+    addTunnel("tun-other", "10.9.7.7");
+    shell("ip link set tun-other up");
+    EXPECT_EQ("zz1", routerInterface("zz1")) << "both tunnels are down";
+    shell("ip link set tun-a up");
+    EXPECT_EQ("tun-a", routerInterface("zz1"));
+    shell("ip link set tun-b up");
+    EXPECT_EQ("tun-b", routerInterface("zz1")) << "the older one of two";
+    for (const char* name : {"bb1", "lo", "nosuch", "a-name-of-more-than-fifteen-letters"}) {
+        EXPECT_EQ(name, routerInterface(name));
+    }
+    for (const char* wrong : {"", "--get-ipv6-router-interface", "--x lo"}) {
+        shell(NETTOOL " " + std::string(wrong) + " 2>/tmp/message; [ $? = 2 -a -s /tmp/message ]");
+    }
+    shell("for i in tun-a tun-b tun-other; do ip link del $i; done");
+}
+
+TEST(AddressText, IsOneAddressInItsPlainForm) {
+    for (const char* text : {"", "10.1.2", "10.1.2.256", "10.1.2.3 ", "10.1.2.3/8", "fe80::1%lo",
+                             "fe80::/64", "1::2::3"}) {
+        EXPECT_EQ(0, BlVLIBIsIpAddr(text) + BlVLIBIsv6IpAddrValid(text)) << text;
+    }
+    EXPECT_TRUE(BlVLIBIsIpAddr("10.1.2.255") == 1 && BlVLIBIsv6IpAddrValid("10.1.2.255") == 0);
+    EXPECT_TRUE(BlVLIBIsIpAddr("fe80::1") == 0 && BlVLIBIsv6IpAddrValid("fe80::1") == 1);
+}
+
+}  // namespace

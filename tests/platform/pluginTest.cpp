@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <zamo/sdk.h>
+
+#include <cerrno>
+
+#include "sandbox.h"
+
+namespace {
+
+class Plugins : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_EQ(0, VLIBPluginSDKInit("net", "net/hook", &handle_)); }
+    void TearDown() override { VLIBPluginExit(handle_); }
+    void addPlugin(const std::string& name, const std::string& command, unsigned mode = 0755) {
+        writeFile(directory_ / name, "#!/bin/sh\necho " + name + " >>/tmp/plugins/ran\n" + command,
+                  mode);
+    }
+    std::string ran() const { return readFile(output_ / "ran"); }
+
+    const Directory directory_{"/usr/zamo/etc/plugin.d/net/hook"};
+    const Directory output_{"/tmp/plugins"};
+    VLIBPlugin* handle_ = nullptr;
+};
+
+TEST_F(Plugins, RunInByteOrderWithActionAndArguments) {
+    addPlugin("b", "echo \"$*,$RESULT,$EMPTY,$PATH,$HOME\" >>/tmp/plugins/ran");
+    addPlugin("a", "[ -z \"$(cat)\" ]");
+    addPlugin("B", "");
+    addPlugin("notes", "", 0644);
+    shell("cd /usr/zamo/etc/plugin.d/net/hook; mkdir folder; ln -s nowhere dangling");
+    EXPECT_EQ(0, VLIBPluginSetArg(handle_, "RESULT", "0"));
+    EXPECT_EQ(0, VLIBPluginSetArg(handle_, "RESULT", "a=-1 b"));
+    EXPECT_EQ(0, VLIBPluginSetArg(handle_, "EMPTY", ""));
+    for (const char* name : {"", "A=B"}) EXPECT_GT(0, VLIBPluginSetArg(handle_, name, "x"));
+
+    EXPECT_EQ(0, VLIBPluginAction(VLIB_PLUGIN_POST, handle_));
+    EXPECT_EQ("B\na\nb\npost,a=-1 b,,/usr/sbin:/usr/bin:/sbin:/bin,\n", ran());
+    EXPECT_EQ(0U, takeLog().size());
+    EXPECT_GT(0, VLIBPluginAction(3, handle_));
+    shell("rm -r /usr/zamo/etc/plugin.d/net/hook");
+    EXPECT_EQ(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_)) << "a missing directory is empty";
+}
+
+TEST_F(Plugins, AllRunAndEachFailureIsLogged) {
+    addPlugin("1", "exit 3");
+    addPlugin("2", "kill -9 $$");
+    writeFile(directory_ / "3", "no program", 0755);
+    addPlugin("4", "[ \"$1\" = pre ]");
+    EXPECT_GT(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_));
+    EXPECT_EQ("1\n2\n4\n", ran());
+    const auto log = takeLog();
+    ASSERT_EQ(3U, log.size());
+    EXPECT_EQ("zamosdk: plug-in /usr/zamo/etc/plugin.d/net/hook/1 exited with status 3", log[0]);
+}
+
+TEST_F(Plugins, RefuseWhatOthersCouldHaveWritten) {
+    writeFile(output_ / "target", "#!/bin/sh\necho target >>/tmp/plugins/ran\n", 0755);
+    shell("ln -s /tmp/plugins/target " + (directory_ / "link"));
+    addPlugin("good", "");
+    EXPECT_EQ(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_)) << "a link to a safe file is followed";
+    EXPECT_EQ("good\ntarget\n", ran());
+
+    shell(canChangeOwners() ? "chown 4711 /tmp/plugins/target" : "chmod 757 /tmp/plugins/target");
+    addPlugin("group", "", 0775);
+    addPlugin("world", "", 0757);
+    EXPECT_GT(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_));
+    EXPECT_EQ("good\ntarget\ngood\n", ran());
+    EXPECT_EQ(3U, takeLog().size());
+}
+
+TEST(DirectoryCreation, MakesParentsAndFollowsNoLinkInASharedDirectory) {
+    const Directory place("/tmp/made");
+    const auto make = [&](const char* name) {
+        return ZAMOFSMkdirP((place / name).c_str(), 0577) == 0 ? 0 : errno;
+    };
+    const mode_t mask = umask(0022);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(0, make("/a//b/c/"));
+    shell(
+        "cd /tmp/made; [ \"$(stat -c %a a/b/c a/b | xargs)\" = '555 755' ] && : >file && ln -s a link");
+    for (const char* name : {"file", "file/x"}) EXPECT_EQ(ENOTDIR, make(name)) << name;
+
+    EXPECT_EQ(0, make("link/trusted"));
+    shell("cd /tmp/made; [ -d a/trusted ] && chmod 1777 .");
+    EXPECT_EQ(ENOTDIR, make("link/planted"));
+    shell("[ ! -e /tmp/made/a/planted ]");
+    umask(mask);
+}
+
+}  // namespace

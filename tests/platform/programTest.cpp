@@ -1,0 +1,161 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zamo/core.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <vector>
+
+#include "sandbox.h"
+
+namespace {
+
+// A list by the shell itself, which opens nothing for it.
+constexpr const char* kListDescriptors =
+    "i=0; while [ $i -lt 400 ]; do [ -e /proc/$$/fd/$i ] && printf '%s ' $i; i=$((i+1)); done; :";
+
+int runShell(const char* command) {
+    const char* const argv[] = {"/bin/sh", "-c", command, nullptr};
+    return VLIBCExecv(argv[0], argv, 1);
+}
+
+FILE* openShell(const char* mode, const char* command) {
+    const char* const argv[] = {"/bin/sh", "-c", command, nullptr};
+    return VLIBCPopen(mode, argv);
+}
+
+std::string outputOf(const char* command) {
+    FILE* stream = openShell("r", command);
+    char text[512];
+    const size_t length = stream ? fread(text, 1, sizeof text, stream) : 0;
+    return stream && VLIBCPclose(stream) == 0 ? std::string(text, length) : "failed";
+}
+
+void reapEverything(int) {
+    const int saved = errno;
+    while (waitpid(-1, nullptr, WNOHANG) > 0) continue;
+    errno = saved;
+}
+
+TEST(Program, GivesMinusOneUnlessItRanAndExitedWithZero) {
+    const Directory place("/tmp/program");
+    writeFile(place / "plain", "exit 0\n", 0644);
+    writeFile(place / "noProgram", "exit 0\n", 0755);
+    EXPECT_EQ(0, runShell("exit 0"));
+    EXPECT_EQ(-1, runShell("exit 3"));
+    EXPECT_EQ(-1, runShell("kill -9 $$"));
+    for (const char* name : {"missing", "plain", "noProgram", "."}) {
+        const std::string path = place / name;
+        const char* const argv[] = {path.c_str(), nullptr};
+        for (const int wait : {0, 1}) EXPECT_EQ(-1, VLIBCExecv(argv[0], argv, wait)) << name;
+        EXPECT_EQ(nullptr, VLIBCPopen("r", argv)) << name;
+    }
+}
+
+TEST(Program, SeesNothingOfTheCallerButItsStandardOutputs) {
+    const int result = inChild([] {
+        for (int i = 0; i < 300; ++i) (void)!open("/", O_RDONLY);
+        FILE* other = openShell("w", "cat >/dev/null");
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, nullptr);
+        signal(SIGHUP, SIG_IGN);
+        setenv("SECRET", "1", 1);
+        EXPECT_EQ("0 1 2 ", outputOf(kListDescriptors));
+        EXPECT_EQ("/dev/null\n", outputOf("readlink /proc/$$/fd/0"));
+        EXPECT_EQ("PATH=/usr/sbin:/usr/bin:/sbin:/bin\n",
+                  outputOf("tr '\\0' '\\n' </proc/$$/environ"));
+        EXPECT_EQ("SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n",
+                  outputOf("exec grep '^Sig[BI]' /proc/self/status"));
+        EXPECT_EQ(0, VLIBCPclose(other));
+        return testing::Test::HasFailure() ? 1 : 0;
+    });
+    EXPECT_EQ(0, result);
+}
+
+TEST(Program, WorksWhenTheCallerHasNoStandardStreams) {
+    const Directory place("/tmp/streams");
+    for (const std::vector<int>& closed : {std::vector{0}, {1}, {2}, {0, 1, 2}}) {
+        const int result = inChild([&] {
+            for (const int fd : closed) close(fd);
+            if (outputOf(kListDescriptors) != "0 1 2 ") return 1;
+            FILE* sink = openShell("w", "cat >/tmp/streams/text; exit 5");
+            if (!sink || fileno(sink) <= 2 || fputs("text", sink) < 0) return 2;
+            if (WEXITSTATUS(VLIBCPclose(sink)) != 5 || readFile(place / "text") != "text") return 3;
+            // A lock file that got such a number would become the program's output.
+            int lock = -1;
+            if (!VLIBCFileLockTimeByFile("/tmp/streams/lock", 1, 0, &lock) || lock <= 2) return 4;
+            return runShell("cd /proc/$$/fd; [ -e 0 -a -e 1 -a -e 2 ]") == 0 ? 0 : 5;
+        });
+        EXPECT_EQ(0, result) << closed.size() << " closed from " << closed.front();
+    }
+}
+
+TEST(Program, KeepsItsStatusWhateverTheCallerDoesWithSigchld) {
+    struct Row {
+        void (*handler)(int);
+        int flags;
+        bool keepsStreams;  // the handler may take a stream's program before it is closed
+    };
+    for (const Row row :
+         {Row{SIG_IGN, 0, true}, {SIG_DFL, SA_NOCLDWAIT, true}, {reapEverything, 0, false}}) {
+        const int result = inChild([&row] {
+            struct sigaction action = {};
+            action.sa_handler = row.handler;
+            action.sa_flags = row.flags;
+            sigaction(SIGCHLD, &action, nullptr);
+            for (int i = 0; i < 20; ++i) {
+                if (runShell("exit 0") != 0 || runShell("exit 1") != -1) return 1;
+            }
+            if (row.keepsStreams && outputOf("echo x") != "x\n") return 2;
+            sigaction(SIGCHLD, nullptr, &action);
+            const bool restored = (action.sa_flags & SA_NOCLDWAIT) == row.flags;
+            return restored && action.sa_handler == row.handler ? 0 : 3;
+        });
+        EXPECT_EQ(0, result) << "flags " << row.flags << ", streams " << row.keepsStreams;
+    }
+}
+
+TEST(Program, LeavesNoZombieOfACallerThatIgnoresItsChildren) {
+    const int result = inChild([] {
+        signal(SIGCHLD, SIG_IGN);
+        FILE* stream = openShell("w", "cat");
+        const pid_t ended = fork();
+        if (ended == 0) _exit(0);
+        siginfo_t info;
+        if (waitid(P_PID, static_cast<id_t>(ended), &info, WEXITED | WNOWAIT) != 0) return 1;
+        if (VLIBCPclose(stream) != 0) return 2;
+        return waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD ? 0 : 3;
+    });
+    EXPECT_EQ(0, result);
+}
+
+TEST(Program, RunsInTheBackgroundAndIsReaped) {
+    const Directory place("/tmp/background");
+    shell("mkfifo /tmp/background/gate");
+    const char* const argv[] = {"/bin/sh", "-c", "cd /tmp/background; echo $$ >pid; : >gate",
+                                nullptr};
+    // The program waits at the FIFO until we read it.
+    ASSERT_EQ(0, VLIBCExecv(argv[0], argv, 0));
+    ASSERT_TRUE(
+        eventually([&] { return readFile(place / "pid").find('\n') != std::string::npos; }));
+    const pid_t child = std::stoi(readFile(place / "pid"));
+    EXPECT_EQ(0, kill(child, 0));
+    EXPECT_EQ("", readFile(place / "gate"));
+    EXPECT_TRUE(eventually([child] { return kill(child, 0) != 0; }));
+}
+
+TEST(Program, StreamsGiveTheWaitStatusAndForeignOnesAreLeftAlone) {
+    EXPECT_EQ(7, WEXITSTATUS(VLIBCPclose(openShell("r", "exit 7"))));
+    EXPECT_EQ(SIGKILL, WTERMSIG(VLIBCPclose(openShell("r", "kill -9 $$"))));
+    EXPECT_EQ(nullptr, openShell("rw", "exit 0"));
+    FILE* foreign = fopen("/dev/null", "r");
+    EXPECT_EQ(-1, VLIBCPclose(foreign));
+    EXPECT_EQ(EINVAL, errno);
+    EXPECT_EQ(0, fclose(foreign));
+}
+
+}  // namespace

@@ -1,0 +1,28 @@
+#include <gtest/gtest.h>
+#include <zamo/core.h>
+
+#include <string>
+#include <thread>
+
+TEST(LastError, BelongsToTheThreadAndCopiesTheFile) {
+    std::string file(1000, 'x');
+    VLIBCErrSetEx(5, file.c_str(), 77);
+    file.assign(file.size(), 'y');
+    std::thread([] {
+        EXPECT_TRUE(VLIBCErrGet() == 0 && VLIBCErrorGetLine() == 0 && *VLIBCErrorGetFile() == '\0');
+        VLIBCErrSetEx(6, nullptr, 1);
+    }).join();
+    EXPECT_TRUE(VLIBCErrGet() == 5 && VLIBCErrorGetLine() == 77);
+    EXPECT_EQ(std::string(255, 'x'), VLIBCErrorGetFile());
+}
+
+TEST(StringList, GrowsAndKeepsItsTexts) {
+    VLIBCSzList* list = VLIBCSzListAlloc(0);
+    for (int i = 0; i < 1000; ++i) ASSERT_EQ(0, VLIBCSzListPush(&list, std::to_string(i).c_str()));
+    EXPECT_EQ(1000, VLIBCSzListCount(list));
+    EXPECT_STREQ("0", VLIBCSzListGet(list, 0));
+    EXPECT_STREQ("999", VLIBCSzListGet(list, 999));
+    for (const int index : {1000, -1}) EXPECT_EQ(nullptr, VLIBCSzListGet(list, index));
+    VLIBCSzListFree(list);
+    VLIBCSzListFree(nullptr);
+}

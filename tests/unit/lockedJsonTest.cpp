@@ -1,0 +1,187 @@
+#include "zamofirewall/lockedJson.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <boost/interprocess/exceptions.hpp>
+#include <csignal>
+#include <filesystem>
+
+#include "tests/support/files.h"
+#include "tests/support/systemLog.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class LockedJson : public testing::Test {
+  protected:
+    LockedJson() { test::clearFiles(); }
+
+    const std::string path_ = std::string(test::kStore) + "a.json";
+    test::SystemLog log_;
+};
+
+// Runs the function in another process; whether it returned true.
+template <typename Function>
+pid_t startProcess(Function function) {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(60);
+        _exit(function() ? 0 : 1);
+    }
+    return child;
+}
+
+bool succeeded(pid_t child) {
+    int status = 0;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST_F(LockedJson, WritesAndReadsADocument) {
+    EXPECT_TRUE(FW::jsonFileDump(test::json("{'b': [1, 2], 'a': 'x'}"), path_));
+    EXPECT_EQ(test::readFile(path_), "{\n   \"a\" : \"x\",\n   \"b\" : [ 1, 2 ]\n}\n");
+    EXPECT_FALSE(test::exists(path_ + ".tmp"));
+
+    Json::Value value;
+    EXPECT_TRUE(FW::jsonFileLoad(value, path_));
+    EXPECT_EQ(value, test::json("{'b': [1, 2], 'a': 'x'}"));
+    EXPECT_EQ(log_.take(), Lines{});
+}
+
+TEST_F(LockedJson, ReportsWhyAFileCannotBeRead) {
+    Json::Value value;
+    EXPECT_FALSE(FW::jsonFileLoad(value, path_));
+    EXPECT_EQ(log_.take(), Lines{"utils: File " + path_ + " does not exist"});
+    EXPECT_FALSE(test::exists("/var/lock/firewall"));
+
+    const Lines unparsable = {"utils: Failed to parse Json value of " + path_};
+    for (const std::string& text : {std::string(), std::string("{\"a\": "), std::string("{'a': 1}"),
+                                    std::string(5000, '[')}) {
+        test::writeFile(path_, text);
+        EXPECT_FALSE(FW::jsonFileLoad(value, path_)) << text;
+        EXPECT_EQ(log_.take(), unparsable) << text;
+    }
+    std::filesystem::remove(path_);
+    std::filesystem::create_directory(path_);
+    EXPECT_FALSE(FW::jsonFileLoad(value, path_));
+    EXPECT_EQ(log_.take(), unparsable);
+}
+
+TEST_F(LockedJson, LeavesTheOldFileWhenTheNewOneCannotBeWrittenWhole) {
+    const std::string directory = std::string(test::kStore) + "small/";
+    const std::string path = directory + "b.json";
+    std::filesystem::create_directory(directory);
+    ASSERT_EQ(mount("small", directory.c_str(), "tmpfs", 0, "size=16k"), 0);
+    EXPECT_TRUE(FW::jsonFileDump(test::json("{'a': 1}"), path));
+    EXPECT_FALSE(FW::jsonFileDump(std::string(100000, 'x'), path));
+    EXPECT_EQ(log_.take(), Lines{"utils: Failed to rename to " + path});
+    EXPECT_EQ(test::readFile(path), "{\n   \"a\" : 1\n}\n");
+    EXPECT_TRUE(test::exists(path + ".tmp"));
+    EXPECT_EQ(umount(directory.c_str()), 0);
+
+    EXPECT_FALSE(FW::jsonFileDump(1, path + "/no/such/file"));
+    EXPECT_EQ(log_.take(), Lines{"utils: Failed to open json file " + path + "/no/such/file.tmp"});
+    std::filesystem::create_directories(path + "/x");
+    EXPECT_FALSE(FW::jsonFileDump(1, path));
+    EXPECT_EQ(log_.take(), Lines{"utils: Failed to rename to " + path});
+    EXPECT_TRUE(test::exists(path + ".tmp"));
+}
+
+TEST_F(LockedJson, NamesAndMakesTheLockFile) {
+    EXPECT_EQ(FW::getLockFile("/a/b/settings.json"), "/var/lock/firewall/settings.json.lock");
+    EXPECT_EQ(FW::getLockFile("/c/settings.json"), FW::getLockFile("/a/b/settings.json"));
+    EXPECT_TRUE(test::exists("/var/lock/firewall/settings.json.lock"));
+    EXPECT_EQ(FW::getLockFile("/" + std::string(1012, 'd') + "/123456789012"),
+              "/var/lock/firewall/123456789.lock");
+    EXPECT_EQ(log_.take(), Lines{});
+
+    std::filesystem::remove_all("/var/lock/firewall");
+    test::writeFile("/run/lock/firewall", "");
+    EXPECT_EQ(FW::getLockFile("x.json"), "/tmp/x.json.lock");
+    EXPECT_EQ(log_.take(), Lines{"debug utils: Failed to create path: Not a directory"});
+}
+
+TEST_F(LockedJson, UsesTheFallbackWhereTheLockDirectoryCannotBeWritten) {
+    std::filesystem::create_directory("/run/lock/firewall");
+    ASSERT_EQ(mount("ro", "/run/lock/firewall", "tmpfs", MS_RDONLY, ""), 0);
+    EXPECT_EQ(FW::getLockFile("x.json"), "/tmp/x.json.lock");
+    EXPECT_EQ(umount("/run/lock/firewall"), 0);
+    EXPECT_EQ(log_.take(), Lines{"debug utils: Failed to create path: Read-only file system"});
+}
+
+TEST_F(LockedJson, ThrowsWhenTheLockFileCannotBeOpened) {
+    std::filesystem::create_directories("/run/lock/firewall");
+    test::writeFile("/tmp/target", "keep");
+    std::filesystem::create_symlink("/tmp/target", "/run/lock/firewall/a.json.lock");
+    EXPECT_THROW((void)FW::jsonFileDump(1, path_), boost::interprocess::interprocess_exception);
+    EXPECT_EQ(test::readFile("/tmp/target"), "keep");
+}
+
+TEST_F(LockedJson, WaitsForAnotherProcessAndLeavesNoDescriptorToPrograms) {
+    ASSERT_TRUE(FW::jsonFileDump(1, path_));
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    // Another process holds the lock until it is killed; so the writer cannot have got by it.
+    const pid_t holder = startProcess([&] {
+        const int lock = open(FW::getLockFile("a.json").c_str(), O_RDWR);
+        struct flock whole = {};
+        whole.l_type = F_WRLCK;
+        const bool locked = fcntl(lock, F_SETLK, &whole) == 0;
+        (void)!write(ready[1], "x", 1);
+        pause();
+        return locked;
+    });
+    char byte = 0;
+    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    const pid_t writer = startProcess([&] { return FW::jsonFileDump(2, path_); });
+    usleep(50000);
+    EXPECT_EQ(test::readFile(path_), "1\n");
+
+    for (const auto& entry :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(writer) + "/fd")) {
+        std::error_code gone;
+        const std::string target = std::filesystem::read_symlink(entry.path(), gone);
+        if (target.find("a.json.lock") == std::string::npos) {
+            continue;
+        }
+        const std::string info = test::readFile("/proc/" + std::to_string(writer) + "/fdinfo/" +
+                                                entry.path().filename().string());
+        const auto flags = std::stoul(info.substr(info.find("flags:") + 6), nullptr, 8);
+        EXPECT_NE(flags & static_cast<unsigned long>(O_CLOEXEC), 0U) << info;
+    }
+    kill(holder, SIGKILL);
+    EXPECT_FALSE(succeeded(holder));
+    EXPECT_TRUE(succeeded(writer));
+    EXPECT_EQ(test::readFile(path_), "2\n");
+}
+
+TEST_F(LockedJson, KeepsEveryFileWholeWhileLockFilesAreDeletedUnderneath) {
+    const std::string big(20000, 'x');
+    std::vector<pid_t> children;
+    for (int process = 0; process < 3; ++process) {
+        children.push_back(startProcess([&] {
+            for (int i = 0; i < 100; ++i) {
+                if (!FW::jsonFileDump(big, path_)) {
+                    return false;
+                }
+                unlink(FW::getLockFile(path_).c_str());
+                Json::Value value;
+                if (!FW::jsonFileLoad(value, path_) || value.asString() != big) {
+                    return false;
+                }
+            }
+            return true;
+        }));
+    }
+    for (const pid_t child : children) {
+        EXPECT_TRUE(succeeded(child));
+    }
+    EXPECT_EQ(log_.take(), Lines{});
+}
+
+}  // namespace
