@@ -1,0 +1,56 @@
+# What is expected: noted on the way, listed at the end.
+# shellcheck shell=bash
+
+checked=0
+failed=0
+notes=()
+
+step() {
+    printf '\n== %s\n' "$1"
+    notes+=("== $1")
+}
+
+note() {
+    checked=$((checked + 1))
+    [ "$1" = ok ] || failed=$((failed + 1))
+    notes+=("$(printf '%-4s %3d %s' "$1" "$checked" "$2")")
+}
+
+# expect TEXT COMMAND [ARGUMENT]...
+expect() {
+    if "${@:2}"; then
+        note ok "$1"
+    else
+        note FAIL "$1"
+    fi
+}
+
+show() {
+    echo "\$ $*"
+    "$@"
+}
+
+# expectAnswer ANSWER COMMAND [ARGUMENT]...
+expectAnswer() {
+    local answer
+    answer=$(show "${@:2}") || true
+    echo "$answer"
+    answer=${answer#*$'\n'}
+    expect "${*:2}: $1" test "$answer" = "$1"
+}
+
+# The library tells why it failed in the system log only.
+collectSystemLog() {
+    socat -u UNIX-RECV:/dev/log OPEN:system.log,creat,append &
+}
+
+summarize() {
+    printf '\nExpectations\n'
+    printf '%s\n' "${notes[@]}"
+    if [ "$failed" -gt 0 ]; then
+        printf '\nThe system log\n'
+        sed 's/<[0-9]*>/\n/g' system.log
+    fi
+    printf '\n%s expectations, %s failed\n' "$checked" "$failed"
+    [ "$failed" -eq 0 ] && [ "$checked" -gt 0 ]
+}
