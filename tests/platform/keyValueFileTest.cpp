@@ -51,6 +51,7 @@ TEST_F(KeyValueFile, FindsTheValueOfItsKey) {
     for (const auto& [text, value] : rows) {
         writeFile(path_, text);
         EXPECT_EQ(value, get(path_, "k")) << text;
+        EXPECT_EQ("", get(path_, "#k")) << text;
     }
     EXPECT_EQ("", get(place_ / "missing", "k"));
     EXPECT_EQ("error", get("/tmp/kv", "k")) << "a directory";

@@ -102,7 +102,7 @@ TEST_F(Network, ToolFindsTheTunnelThatIsUpOnAnAddress) {
         GTEST_SKIP() << "neither sit devices nor TAP devices to imitate them";
     }
     addTunnel("tun-b", "10.9.1.1");
-    addTunnel("tun-a", "10.9.1.1");
+    addTunnel("tun-a", "10.9.0.1");
     addTunnel("tun-other", "10.9.7.7");
     shell("ip link set tun-other up");
     EXPECT_EQ("zz1", routerInterface("zz1")) << "both tunnels are down";

@@ -59,14 +59,17 @@ TEST_F(Plugins, RefuseWhatOthersCouldHaveWritten) {
     shell("ln -s /tmp/plugins/target " + (directory_ / "link"));
     addPlugin("good", "");
     EXPECT_EQ(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_)) << "a link to a safe file is followed";
-    EXPECT_EQ("good\ntarget\n", ran());
+    shell("chmod 1777 /usr/zamo/etc/plugin.d/net/hook");
+    EXPECT_GT(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_)) << "unless anybody may have made it";
+    shell("chmod 755 /usr/zamo/etc/plugin.d/net/hook");
+    EXPECT_EQ("good\ntarget\ngood\n", ran());
 
     shell(canChangeOwners() ? "chown 4711 /tmp/plugins/target" : "chmod 757 /tmp/plugins/target");
     addPlugin("group", "", 0775);
     addPlugin("world", "", 0757);
     EXPECT_GT(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_));
-    EXPECT_EQ("good\ntarget\ngood\n", ran());
-    EXPECT_EQ(3U, takeLog().size());
+    EXPECT_EQ("good\ntarget\ngood\ngood\n", ran());
+    EXPECT_EQ(4U, takeLog().size());
 }
 
 TEST(DirectoryCreation, MakesParentsAndFollowsNoLinkInASharedDirectory) {

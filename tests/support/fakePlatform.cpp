@@ -51,6 +51,7 @@ FakePlatform& platform() { return instance; }
 void clearPlatform() {
     instance = FakePlatform();
     instance.interfaces = {"eth0", "eth1"};
+    VLIBCErrSetEx(0, "", 0);
 }
 
 }  // namespace test
