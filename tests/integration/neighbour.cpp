@@ -14,6 +14,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "tests/support/processes.h"
+
 namespace test {
 namespace {
 
@@ -87,17 +89,6 @@ void enterNetworkOf(pid_t process) {
 
 }  // namespace
 
-std::string run(const std::string& line) {
-    std::string output;
-    FILE* const stream = popen(line.c_str(), "r");
-    char buffer[4096];
-    while (const std::size_t count = fread(buffer, 1, sizeof buffer, stream)) {
-        output.append(buffer, count);
-    }
-    EXPECT_EQ(pclose(stream), 0) << line << "\n" << output;
-    return output;
-}
-
 Neighbour::Neighbour() {
     int ready[2];
     EXPECT_EQ(pipe2(ready, O_CLOEXEC), 0);
@@ -118,22 +109,22 @@ Neighbour::Neighbour() {
     for (const std::string number : {"0", "1"}) {
         const std::string name = "eth" + number;
         const std::string net = number == "0" ? "10.1.0." : "10.2.0.";
-        run("ip link add " + name + " type veth peer name " + name + " netns " +
-            std::to_string(process_));
-        run("ip addr add " + net + "1/24 dev " + name + " && ip link set " + name + " up");
+        shell("ip link add " + name + " type veth peer name " + name + " netns " +
+              std::to_string(process_));
+        shell("ip addr add " + net + "1/24 dev " + name + " && ip link set " + name + " up");
         for (const char* host : {"2", "20", "150"}) {
-            run(there + "addr add " + net + host + "/24 dev " + name);
+            shell(there + "addr add " + net + host + "/24 dev " + name);
         }
-        run(there + "link set " + name + " up");
+        shell(there + "link set " + name + " up");
     }
-    run("ip addr add fd01::1/64 dev eth0 nodad");
-    run(there + "addr add fd01::2/64 dev eth0 nodad");
+    shell("ip addr add fd01::1/64 dev eth0 nodad");
+    shell(there + "addr add fd01::2/64 dev eth0 nodad");
 }
 
 Neighbour::~Neighbour() {
     kill(process_, SIGKILL);
     (void)waitpid(process_, nullptr, 0);
-    run("ip link del eth0 2>/dev/null; ip link del eth1 2>/dev/null; true");
+    shell("ip link del eth0 2>/dev/null; ip link del eth1 2>/dev/null; true");
 }
 
 std::set<int> Neighbour::answeringPorts(const std::string& source, const std::string& target,

@@ -10,9 +10,6 @@
 
 namespace test {
 
-// Runs a command line and returns its output; the test fails when the command does.
-std::string run(const std::string& line);
-
 // A host with a network of its own, joined to the test's host by eth0 (10.1.0.1/24, fd01::1/64
 // here) and eth1 (10.2.0.1/24).
 class Neighbour {

@@ -1,15 +1,13 @@
 // The library on the real platform, the real iptables and the shipped data, with real packets.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <random>
 
 #include "tests/integration/neighbour.h"
-#include "tests/support/files.h"
+#include "tests/support/processes.h"
+#include "tests/support/store.h"
 #include "tests/support/systemLog.h"
 #include "zamofirewall/zamofirewall.h"
 
@@ -25,7 +23,7 @@ using Ports = std::set<int>;
 class RealFirewall : public testing::Test {
   protected:
     RealFirewall() {
-        test::run("/usr/zamo/sbin/zamofw-chains");
+        test::shell("/usr/zamo/sbin/zamofw-chains");
         for (const auto& entry : std::filesystem::directory_iterator(test::kStore)) {
             std::filesystem::remove_all(entry.path());
         }
@@ -43,62 +41,11 @@ class RealFirewall : public testing::Test {
         test::writeProfile("1.json", profile);
     }
 
-    static std::string listed() { return test::run("/sbin/iptables -S; /sbin/ip6tables -S"); }
+    static std::string listed() { return test::shell("/sbin/iptables -S; /sbin/ip6tables -S"); }
 
     test::Neighbour neighbour_;
     test::SystemLog log_;
 };
-
-FWRULE fromAddresses(FWRULE rule, FW::FW_IP_GROUP group, std::vector<std::string> addresses) {
-    rule.ipGroup = group;
-    rule.ipList = std::move(addresses);
-    return rule;
-}
-
-template <typename Function>
-pid_t startProcess(Function function) {
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(120);
-        _exit(function() ? 0 : 1);
-    }
-    return child;
-}
-
-bool succeeded(pid_t child) {
-    int status = 0;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-TEST_F(RealFirewall, PassesAndDropsWhatTheProfileSays) {
-    FWRULE both = test::portRule(FW_POLICY_ALLOW, {"443", "8000-8002"});
-    both.ipType = FW::FW_IP_TYPE_BOTH;
-    FWRULE logged = fromAddresses(test::portRule(FW_POLICY_ALLOW, {"25"}), FW::FW_IP_GROUP_SUBNET,
-                                  {"10.1.0.128", "25"});
-    logged.blLog = true;
-    store({{"eth0",
-            {fromAddresses(test::portRule(FW_POLICY_ALLOW, {"21"}), FW::FW_IP_GROUP_HOST,
-                           {"10.1.0.2"}),
-             fromAddresses(test::portRule(FW_POLICY_ALLOW, {"23"}), FW::FW_IP_GROUP_RANGE,
-                           {"10.1.0.10", "10.1.0.30"}),
-             logged, test::serviceRule(FW_POLICY_ALLOW, {"ssh"}), both}}},
-          {{"eth0", FW_POLICY_DENY}, {"eth1", FW_POLICY_ALLOW}});
-    ASSERT_TRUE(FW::ZAMOFW().fwEnable());
-    const std::vector<int> ports = {21, 22, 23, 25, 80, 443, 8000, 8002, 8003};
-    EXPECT_EQ(neighbour_.answeringPorts("10.1.0.2", "10.1.0.1", ports),
-              (Ports{21, 22, 443, 8000, 8002}));
-    EXPECT_EQ(neighbour_.answeringPorts("10.1.0.20", "10.1.0.1", ports),
-              (Ports{22, 23, 443, 8000, 8002}));
-    EXPECT_EQ(neighbour_.answeringPorts("10.1.0.150", "10.1.0.1", ports),
-              (Ports{22, 25, 443, 8000, 8002}));
-    EXPECT_EQ(neighbour_.answeringPorts("fd01::2", "fd01::1", ports), (Ports{443, 8000, 8002}));
-    EXPECT_EQ(neighbour_.answeringPorts("10.2.0.2", "10.2.0.1", ports).size(), ports.size());
-
-    ASSERT_TRUE(FW::ZAMOFW().fwDisable());
-    EXPECT_EQ(neighbour_.answeringPorts("10.1.0.2", "10.1.0.1", ports).size(), ports.size());
-    EXPECT_EQ(listed().find("_FIREWALL -"), std::string::npos) << listed();
-    EXPECT_EQ(log_.take(), Lines{});
-}
 
 TEST_F(RealFirewall, AnswersQueriesAsTheKernelDecides) {
     std::mt19937 random(20240607);
@@ -146,37 +93,37 @@ TEST_F(RealFirewall, ServesSeveralProcessesAtOnce) {
     const std::string rules = listed();
     std::vector<pid_t> children;
     for (int process = 0; process < 3; ++process) {
-        children.push_back(startProcess(
-            [] { return FW::ZAMOFW().fwReload(true) && FW::ZAMOFW().fwReload(true); }));
+        children.push_back(test::startProcess(
+            [] { return FW::ZAMOFW().fwReload(true) && FW::ZAMOFW().fwReload(true) ? 0 : 1; }));
         // The answer beside a running reload comes from the files, which do not change.
-        children.push_back(startProcess([] {
+        children.push_back(test::startProcess([] {
             for (int i = 0; i < 50; ++i) {
                 if (ZAMOFwPortsCheckAllowByAdapter("eth0", "ssh") != 1 ||
                     ZAMOFwPortsCheckAllowByAdapter("eth0", "http") != 0) {
-                    return false;
+                    return 1;
                 }
             }
-            return true;
+            return 0;
         }));
     }
     for (const pid_t child : children) {
-        EXPECT_TRUE(succeeded(child));
+        EXPECT_EQ(test::waitFor(child), 0);
     }
     EXPECT_EQ(listed(), rules) << "no line of one reload among those of another";
 
     children.clear();
     for (const std::string service : {"ssh", "http", "ftp"}) {
-        children.push_back(startProcess([service] {
+        children.push_back(test::startProcess([service] {
             for (int i = 0; i < 20; ++i) {
                 if (VLIBFwRuleReserveServInsert(service.c_str(), i % 2, 0) != 0) {
-                    return false;
+                    return 1;
                 }
             }
-            return true;
+            return 0;
         }));
     }
     for (const pid_t child : children) {
-        EXPECT_TRUE(succeeded(child));
+        EXPECT_EQ(test::waitFor(child), 0);
     }
     FWPROFILE profile;
     EXPECT_TRUE(FW::ZAMOFW_PROFILE().profileGet("home", profile)) << "every file is whole";
@@ -184,9 +131,7 @@ TEST_F(RealFirewall, ServesSeveralProcessesAtOnce) {
 }
 
 TEST_F(RealFirewall, SwitchesItselfOffWhenIptablesRefusesALine) {
-    store({{"eth0",
-            {fromAddresses(test::portRule(FW_POLICY_DENY, {"22"}), FW::FW_IP_GROUP_HOST,
-                           {"no-such-address"})}}},
+    store({{"eth0", {test::portRule(FW_POLICY_DENY, {"no-such-port"})}}},
           {{"eth0", FW_POLICY_DENY}});
     EXPECT_FALSE(FW::ZAMOFW().fwEnable());
     bool enabled = true;

@@ -8,9 +8,12 @@
 #include <cstdlib>
 #include <thread>
 
-#include "sandbox.h"
+#include "tests/support/files.h"
+#include "tests/support/processes.h"
 
 namespace {
+
+using namespace test;
 
 constexpr const char* kLock = "/tmp/locks/lock";
 

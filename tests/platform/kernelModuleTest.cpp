@@ -11,10 +11,14 @@
 #include <sstream>
 #include <string>
 
-#include "sandbox.h"
+#include "tests/support/files.h"
+#include "tests/support/processes.h"
+#include "tests/support/systemLog.h"
 
 // What the kernel would answer. Configuration, look-up and commands are libkmod's own.
 namespace {
+
+using namespace test;
 
 struct FakeModule {
     int state = -ENOENT;
@@ -70,6 +74,7 @@ class KernelModule : public testing::Test {
     std::string ran() const { return readFile(place_ / "ran"); }
 
     const Directory place_{"/etc/modprobe.d"};
+    SystemLog log_;
 };
 
 TEST_F(KernelModule, RunsInstallCommandsInListOrderUpToTheFirstFailure) {
@@ -83,18 +88,18 @@ TEST_F(KernelModule, RunsInstallCommandsInListOrderUpToTheFirstFailure) {
     EXPECT_EQ(0,
               run(VLIBIptablesModInsert, "xt_b.ko xt-a.ko xt_listed.ko xt_live.ko xt_builtin.ko"));
     EXPECT_EQ("b xt_b\na\n", ran());
-    EXPECT_EQ(0U, takeLog().size());
+    EXPECT_EQ(0U, log_.take().size());
 
     EXPECT_GT(0, run(VLIBIptablesModInsert, "xt_a.ko xt_bad.ko xt_b.ko"));
     EXPECT_EQ("b xt_b\na\na\n", ran());
     const std::string line =
         "zamokm: web: module xt_bad: cannot be loaded: its modprobe.d command failed";
-    EXPECT_EQ(std::vector{line}, takeLog());
+    EXPECT_EQ(std::vector{line}, log_.take());
 }
 
 TEST_F(KernelModule, TellsWhatToDoAboutAnUnknownModule) {
     EXPECT_GT(0, run(VLIBIptablesModInsert, "xt_unknown.ko"));
-    const auto log = takeLog();
+    const auto log = log_.take();
     ASSERT_EQ(1U, log.size());
     for (const char* text :
          {"module xt_unknown: not among the modules of", "\"install xt_unknown /bin/true\""}) {
@@ -120,11 +125,11 @@ TEST_F(KernelModule, RemovesWhatNobodyHolds) {
         run(VLIBIptablesModRemove,
             "xt_free.ko xt_held.ko xt_raced.ko xt_gone.ko xt_builtin.ko xt_absent.ko xt_own.ko"));
     EXPECT_EQ("xt_free xt_raced xt_gone ", removed);
-    EXPECT_EQ(0U, takeLog().size());
+    EXPECT_EQ(0U, log_.take().size());
 
     for (const char* file : {"xt_stuck.ko", "xt_fails.ko"}) {
         EXPECT_GT(0, run(VLIBIptablesModRemove, std::string(file) + " xt_own.ko")) << file;
-        EXPECT_EQ(1U, takeLog().size()) << file;
+        EXPECT_EQ(1U, log_.take().size()) << file;
     }
     EXPECT_EQ("own\n", ran());
 }

@@ -4,9 +4,12 @@
 
 #include <string>
 
-#include "sandbox.h"
+#include "tests/support/files.h"
+#include "tests/support/processes.h"
 
 namespace {
+
+using namespace test;
 
 class KeyValueFile : public testing::Test {
   protected:

@@ -4,9 +4,13 @@
 
 #include <cerrno>
 
-#include "sandbox.h"
+#include "tests/support/files.h"
+#include "tests/support/processes.h"
+#include "tests/support/systemLog.h"
 
 namespace {
+
+using namespace test;
 
 class Plugins : public testing::Test {
   protected:
@@ -21,6 +25,7 @@ class Plugins : public testing::Test {
     const Directory directory_{"/usr/zamo/etc/plugin.d/net/hook"};
     const Directory output_{"/tmp/plugins"};
     VLIBPlugin* handle_ = nullptr;
+    SystemLog log_;
 };
 
 TEST_F(Plugins, RunInByteOrderWithActionAndArguments) {
@@ -36,7 +41,7 @@ TEST_F(Plugins, RunInByteOrderWithActionAndArguments) {
 
     EXPECT_EQ(0, VLIBPluginAction(VLIB_PLUGIN_POST, handle_));
     EXPECT_EQ("B\na\nb\npost,a=-1 b,,/usr/sbin:/usr/bin:/sbin:/bin,\n", ran());
-    EXPECT_EQ(0U, takeLog().size());
+    EXPECT_EQ(0U, log_.take().size());
     EXPECT_GT(0, VLIBPluginAction(3, handle_));
     shell("rm -r /usr/zamo/etc/plugin.d/net/hook");
     EXPECT_EQ(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_)) << "a missing directory is empty";
@@ -49,7 +54,7 @@ TEST_F(Plugins, AllRunAndEachFailureIsLogged) {
     addPlugin("4", "[ \"$1\" = pre ]");
     EXPECT_GT(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_));
     EXPECT_EQ("1\n2\n4\n", ran());
-    const auto log = takeLog();
+    const auto log = log_.take();
     ASSERT_EQ(3U, log.size());
     EXPECT_EQ("zamosdk: plug-in /usr/zamo/etc/plugin.d/net/hook/1 exited with status 3", log[0]);
 }
@@ -69,7 +74,7 @@ TEST_F(Plugins, RefuseWhatOthersCouldHaveWritten) {
     addPlugin("world", "", 0757);
     EXPECT_GT(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_));
     EXPECT_EQ("good\ntarget\ngood\ngood\n", ran());
-    EXPECT_EQ(4U, takeLog().size());
+    EXPECT_EQ(4U, log_.take().size());
 }
 
 TEST(DirectoryCreation, MakesParentsAndFollowsNoLinkInASharedDirectory) {

@@ -6,9 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "sandbox.h"
+#include "tests/support/files.h"
+#include "tests/support/processes.h"
+#include "tests/support/systemLog.h"
 
 namespace {
+
+using namespace test;
 
 struct CatalogueReleaser {
     void operator()(ZAMOFwServiceList* catalogue) const { ZAMOFwServiceFree(catalogue); }
@@ -41,6 +45,7 @@ class ServiceCatalogue : public testing::Test {
 
     const Directory shipped_{"/usr/zamo/etc.defaults/services.d"};
     const Directory added_{"/usr/zamo/etc/services.d"};
+    SystemLog log_;
 
   private:
     std::unique_ptr<ZAMOFwServiceList, CatalogueReleaser> catalogue_;
@@ -63,7 +68,7 @@ TEST_F(ServiceCatalogue, JoinsShippedAndAddedServices) {
     EXPECT_EQ("on 0 / 0", find("none"));
     EXPECT_EQ("on 4: / 0", find("ping.two"));
     EXPECT_EQ("missing", find("ssh.json"));
-    EXPECT_EQ(0U, takeLog().size());
+    EXPECT_EQ(0U, log_.take().size());
 }
 
 TEST_F(ServiceCatalogue, LeavesOutWhatIsBrokenWithOneLogLine) {
@@ -90,7 +95,7 @@ TEST_F(ServiceCatalogue, LeavesOutWhatIsBrokenWithOneLogLine) {
         writeFile(added_ / "bad.json", text);
         EXPECT_EQ(1, load()) << text.substr(0, 80);
         EXPECT_EQ("missing", find("bad")) << "the shipped file is replaced all the same";
-        const auto log = takeLog();
+        const auto log = log_.take();
         ASSERT_EQ(1U, log.size()) << text.substr(0, 80);
         EXPECT_TRUE(log[0].find("zamoserviceconf: " + (added_ / "bad.json is left out: ")) == 0 &&
                     log[0].find('\n') == std::string::npos)
@@ -100,7 +105,7 @@ TEST_F(ServiceCatalogue, LeavesOutWhatIsBrokenWithOneLogLine) {
         shell("cd /usr/zamo/etc/services.d; rm -rf bad.json; " + std::string(irregular) +
               " bad.json");
         EXPECT_EQ(1, load()) << irregular;
-        EXPECT_EQ(1U, takeLog().size()) << irregular;
+        EXPECT_EQ(1U, log_.take().size()) << irregular;
     }
 }
 

@@ -1,48 +1,27 @@
-// The files that the code under test reads and writes, on the test's private host.
+// Files on the test's private host.
 #ifndef TESTS_SUPPORT_FILES_H
 #define TESTS_SUPPORT_FILES_H
-
-#include <json/value.h>
 
 #include <string>
 #include <vector>
 
-#include "zamofirewall/ruleModel.h"
-
 namespace test {
 
-constexpr const char* kStore = "/usr/zamo/etc/firewall.d/";
-constexpr const char* kSettings = "/usr/zamo/etc/firewall.d/firewall_settings.json";
-
-// Empties the library's paths and makes their directories.
-void clearFiles();
-
-void writeFile(const std::string& path, const std::string& text);
+void writeFile(const std::string& path, const std::string& text, unsigned mode = 0644);
 std::string readFile(const std::string& path);
 bool exists(const std::string& path);
 std::vector<std::string> namesIn(const std::string& directory);
 
-// {a: 1, 'b': 'text'} is easier to read in a test with ' for ".
-Json::Value json(std::string text);
+// A new empty directory, which is removed at the end.
+class Directory {
+  public:
+    explicit Directory(std::string path);
+    ~Directory();
+    std::string operator/(const std::string& name) const { return path_ + '/' + name; }
 
-// Writes settings with this profile in force.
-void writeSettings(bool enabled, const std::string& profile);
-
-// Writes the profile to a file of this name in the store.
-void writeProfile(const std::string& fileName, const FW::FWPROFILE& profile);
-
-// A service catalogue of "ssh" (tcp 22), "dns" (udp 53), "web" (tcp 80 and 443), "sip" (tcp and udp
-// 5060), "dhcp" (udp 67, source 68), "off" (switched off), "vpn_server_pptp" (tcp 1723).
-void writeServices();
-
-// A module list of c1.ko c2.ko | m1.ko | v1.ko | n1.ko n2.ko.
-void writeModuleList();
-
-// A rule that lets every address reach the ports.
-FW::FWRULE portRule(FW::FW_POLICY policy, const std::vector<std::string>& ports);
-
-// A rule about services.
-FW::FWRULE serviceRule(FW::FW_POLICY policy, const std::vector<std::string>& services);
+  private:
+    std::string path_;
+};
 
 }  // namespace test
 

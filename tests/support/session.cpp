@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "tests/support/fakePlatform.h"
-#include "tests/support/files.h"
 #include "tests/support/ruleText.h"
+#include "tests/support/store.h"
 #include "zamofirewall/zamofirewall.h"
 
 namespace fs = std::filesystem;

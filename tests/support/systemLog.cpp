@@ -19,7 +19,7 @@ constexpr const char* kSocket = "/dev/log";
 
 // "<11>Nov 21 10:00:00 unit_tests: fwDB:120 Failed" -> "fwDB: Failed"
 std::string readable(const std::string& datagram) {
-    static const std::regex form("<(\\d+)>.{15} [^:]*: (\\w+):\\d+ ([^]*)");
+    static const std::regex form("<(\\d+)>.{15} [^:]*: (\\w+):(?:\\d+)? ([^]*)");
     std::smatch parts;
     if (!std::regex_match(datagram, parts, form)) {
         return "unexpected form: " + datagram;

@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-#include "tests/support/files.h"
+#include "tests/support/store.h"
 #include "tests/support/systemLog.h"
 #include "zamofirewall/controller.h"
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/fakePlatform.h"
-#include "tests/support/files.h"
+#include "tests/support/store.h"
 #include "tests/support/systemLog.h"
 #include "zamofirewall/controller.h"
 

@@ -4,7 +4,7 @@
 #include <boost/algorithm/hex.hpp>
 #include <filesystem>
 
-#include "tests/support/files.h"
+#include "tests/support/store.h"
 #include "tests/support/systemLog.h"
 #include "zamofirewall/geoip.h"
 

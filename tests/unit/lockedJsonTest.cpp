@@ -4,14 +4,14 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <boost/interprocess/exceptions.hpp>
 #include <csignal>
 #include <filesystem>
 
-#include "tests/support/files.h"
+#include "tests/support/processes.h"
+#include "tests/support/store.h"
 #include "tests/support/systemLog.h"
 
 namespace {
@@ -25,22 +25,6 @@ class LockedJson : public testing::Test {
     const std::string path_ = std::string(test::kStore) + "a.json";
     test::SystemLog log_;
 };
-
-// Runs the function in another process; whether it returned true.
-template <typename Function>
-pid_t startProcess(Function function) {
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(60);
-        _exit(function() ? 0 : 1);
-    }
-    return child;
-}
-
-bool succeeded(pid_t child) {
-    int status = 0;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
 
 TEST_F(LockedJson, WritesAndReadsADocument) {
     EXPECT_TRUE(FW::jsonFileDump(test::json("{'b': [1, 2], 'a': 'x'}"), path_));
@@ -127,18 +111,18 @@ TEST_F(LockedJson, WaitsForAnotherProcessAndLeavesNoDescriptorToPrograms) {
     int ready[2];
     ASSERT_EQ(pipe(ready), 0);
     // Another process holds the lock until it is killed; so the writer cannot have got by it.
-    const pid_t holder = startProcess([&] {
+    const pid_t holder = test::startProcess([&] {
         const int lock = open(FW::getLockFile("a.json").c_str(), O_RDWR);
         struct flock whole = {};
         whole.l_type = F_WRLCK;
         const bool locked = fcntl(lock, F_SETLK, &whole) == 0;
         (void)!write(ready[1], "x", 1);
         pause();
-        return locked;
+        return locked ? 0 : 1;
     });
     char byte = 0;
     ASSERT_EQ(read(ready[0], &byte, 1), 1);
-    const pid_t writer = startProcess([&] { return FW::jsonFileDump(2, path_); });
+    const pid_t writer = test::startProcess([&] { return FW::jsonFileDump(2, path_) ? 0 : 1; });
     usleep(50000);
     EXPECT_EQ(test::readFile(path_), "1\n");
 
@@ -155,8 +139,8 @@ TEST_F(LockedJson, WaitsForAnotherProcessAndLeavesNoDescriptorToPrograms) {
         EXPECT_NE(flags & static_cast<unsigned long>(O_CLOEXEC), 0U) << info;
     }
     kill(holder, SIGKILL);
-    EXPECT_FALSE(succeeded(holder));
-    EXPECT_TRUE(succeeded(writer));
+    EXPECT_EQ(test::waitFor(holder), -1);
+    EXPECT_EQ(test::waitFor(writer), 0);
     EXPECT_EQ(test::readFile(path_), "2\n");
 }
 
@@ -164,22 +148,22 @@ TEST_F(LockedJson, KeepsEveryFileWholeWhileLockFilesAreDeletedUnderneath) {
     const std::string big(20000, 'x');
     std::vector<pid_t> children;
     for (int process = 0; process < 3; ++process) {
-        children.push_back(startProcess([&] {
+        children.push_back(test::startProcess([&] {
             for (int i = 0; i < 100; ++i) {
                 if (!FW::jsonFileDump(big, path_)) {
-                    return false;
+                    return 1;
                 }
                 unlink(FW::getLockFile(path_).c_str());
                 Json::Value value;
                 if (!FW::jsonFileLoad(value, path_) || value.asString() != big) {
-                    return false;
+                    return 1;
                 }
             }
-            return true;
+            return 0;
         }));
     }
     for (const pid_t child : children) {
-        EXPECT_TRUE(succeeded(child));
+        EXPECT_EQ(test::waitFor(child), 0);
     }
     EXPECT_EQ(log_.take(), Lines{});
 }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/files.h"
+#include "tests/support/store.h"
 #include "tests/support/systemLog.h"
 
 namespace {

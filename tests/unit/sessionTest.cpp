@@ -9,8 +9,8 @@
 #include <sstream>
 
 #include "tests/support/fakePlatform.h"
-#include "tests/support/files.h"
 #include "tests/support/session.h"
+#include "tests/support/store.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "tests/support/fakePlatform.h"
-#include "tests/support/files.h"
+#include "tests/support/store.h"
 #include "tests/support/systemLog.h"
 #include "zamofirewall/profileDatabase.h"
 #include "zamofirewall/translator.h"
