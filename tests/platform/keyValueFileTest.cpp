@@ -40,31 +40,6 @@ class KeyValueFile : public testing::Test {
     const std::string path_ = place_ / "file";
 };
 
-TEST_F(KeyValueFile, FindsTheValueOfItsKey) {
-    const char* const rows[][2] = {
-        {"k=\"v\"\n", "v"},
-        {" k\t= v w \r\n", "v w"},
-        {"k=\"  v  w \"\n", "  v  w "},
-        {"k=a\nk=b\nk2=c", "b"},
-        {"#k=a\n # k=b\nkk=c\nK=d\nk\n", ""},
-        {"k=a=b # c\n", "a=b # c"},
-        {"k=a\nk=\"\"\n", ""},
-        {"k=\"a\n", "\"a"},
-    };
-    for (const auto& [text, value] : rows) {
-        writeFile(path_, text);
-        EXPECT_EQ(value, get(path_, "k")) << text;
-        EXPECT_EQ("", get(path_, "#k")) << text;
-    }
-    EXPECT_EQ("", get(place_ / "missing", "k"));
-    EXPECT_EQ("error", get("/tmp/kv", "k")) << "a directory";
-
-    char small[4] = "xxx";
-    writeFile(path_, "k=abcdef\n");
-    EXPECT_EQ(3, VLIBCFileGetKeyValue(path_.c_str(), "k", small, sizeof small, 0));
-    EXPECT_STREQ("abc", small);
-}
-
 TEST_F(KeyValueFile, ChangesOneKeyAndKeepsTheOtherLines) {
     const char* const rows[][3] = {
         {"", "v", "k=\"v\"\n"},
@@ -92,13 +67,7 @@ TEST_F(KeyValueFile, KeepsTheModeOrIsReadableForAll) {
     umask(mask);
 }
 
-TEST_F(KeyValueFile, RefusesWhatCannotBeReadBack) {
-    for (const char* key : {"", " ", "#k", "k=l", "k\nl"})
-        EXPECT_GT(0, set(path_, key, "v")) << key;
-    for (const char* value : {"a\nb", "a\"b"}) EXPECT_GT(0, set(path_, "k", value)) << value;
-    EXPECT_EQ(ZAMO_ERR_BAD_PARAMETERS, VLIBCErrGet());
-    EXPECT_EQ(0, VLIBCFileExist(path_.c_str()));
-
+TEST_F(KeyValueFile, DoesNotGrowOverItsLimit) {
     const std::string longest = std::string(1024 * 1024 - 4, '#') + "\nk=v";
     writeFile(path_, longest);
     EXPECT_EQ("v", get(path_, "k"));

@@ -112,11 +112,4 @@ TEST_F(Network, ToolFindsTheTunnelThatIsUpOnAnAddress) {
     shell("for i in tun-a tun-b tun-other; do ip link del $i; done");
 }
 
-TEST(AddressText, IsOneAddressInItsPlainForm) {
-    for (const char* text : {"", "10.1.2", "10.1.2.3/8", "fe80::1%lo", "fe80::/64"}) {
-        EXPECT_EQ(0, BlVLIBIsIpAddr(text) + BlVLIBIsv6IpAddrValid(text)) << text;
-    }
-    EXPECT_TRUE(BlVLIBIsIpAddr("10.1.2.255") && BlVLIBIsv6IpAddrValid("fe80::1"));
-}
-
 }  // namespace

@@ -15,12 +15,3 @@ TEST(LastError, BelongsToTheThreadAndCopiesTheFile) {
     EXPECT_TRUE(VLIBCErrGet() == 5 && VLIBCErrorGetLine() == 77);
     EXPECT_EQ(std::string(255, 'x'), VLIBCErrorGetFile());
 }
-
-TEST(StringList, GrowsAndKeepsItsTexts) {
-    VLIBCSzList* list = VLIBCSzListAlloc(0);
-    for (int i = 0; i < 1000; ++i) ASSERT_EQ(0, VLIBCSzListPush(&list, std::to_string(i).c_str()));
-    EXPECT_STREQ("0", VLIBCSzListGet(list, 0));
-    EXPECT_STREQ("999", VLIBCSzListGet(list, 999));
-    for (const int index : {1000, -1}) EXPECT_EQ(nullptr, VLIBCSzListGet(list, index));
-    VLIBCSzListFree(list);
-}

@@ -3,11 +3,13 @@
 #include <json/writer.h>
 #include <zamo/core.h>
 
+#include <array>
 #include <boost/algorithm/string.hpp>
 #include <boost/interprocess/exceptions.hpp>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <regex>
 #include <utility>
 
 #include "tests/support/fakePlatform.h"
@@ -216,6 +218,21 @@ std::string listAdapters(const Arguments&) {
     return show(result) + show(Lines(adapters.begin(), adapters.end()));
 }
 
+// FILE KEY: a value in a key/value file.
+std::string getValue(const Arguments& a) {
+    std::array<char, 16> value = {'x'};
+    const int length = VLIBCFileGetKeyValue(a.path().c_str(), a.word(1), value.data(), 16, 0);
+    return show(length) + (length < 0 ? "" : show(std::string("[") + value.data() + "]"));
+}
+
+// FILE KEY VALUE; "~" in the key and the value stands for a line feed.
+std::string setValue(const Arguments& a) {
+    const std::string key = boost::replace_all_copy(a.word(1).text, "~", "\n");
+    const std::string value = boost::replace_all_copy(a.from(2), "~", "\n");
+    const int result = VLIBCFileSetKeyValue(a.path().c_str(), key.c_str(), value.c_str(), 0);
+    return result < 0 ? "refused\n" : showFile(a);
+}
+
 const std::map<std::string, Operation> kOperations = {
     {"file", [](const Arguments& a) { return writeFile(a.path(), a.from(1) + "\n"), ""; }},
     {"mkdir", makeDirectory},
@@ -229,6 +246,8 @@ const std::map<std::string, Operation> kOperations = {
     {"breakLocks", breakLocks},
     {"interfacesFail", [](const Arguments&) { return platform().interfacesFail = true, ""; }},
     {"lastError", lastError},
+    {"getValue", getValue},
+    {"setValue", setValue},
     {"fwEnable", call(&ZAMOFW::fwEnable)},
     {"fwDisable", call(&ZAMOFW::fwDisable)},
     {"fwReset", call(&ZAMOFW::fwReset)},
@@ -372,7 +391,21 @@ std::string Session::runFailingAtEach(const std::string& command) {
     return text;
 }
 
-std::string Session::run(const std::string& command) {
+// "{a*3}" -> "aaa"
+std::string expanded(std::string text) {
+    static const std::regex form("\\{([^{}*]+)\\*(\\d+)\\}");
+    for (std::smatch parts; std::regex_search(text, parts, form);) {
+        std::string times;
+        for (int i = 0; i < std::stoi(parts[2]); ++i) {
+            times += parts[1];
+        }
+        text = parts.prefix().str() + times + parts.suffix().str();
+    }
+    return text;
+}
+
+std::string Session::run(const std::string& text) {
+    const std::string command = expanded(text);
     const std::size_t blank = command.find(' ');
     if (command.substr(0, blank) == "failEach") {
         return runFailingAtEach(command.substr(blank + 1));
@@ -381,18 +414,18 @@ std::string Session::run(const std::string& command) {
     if (operation == kOperations.end()) {
         return "unknown command\n";
     }
-    std::string text;
+    std::string outcome;
     try {
-        text = operation->second(
+        outcome = operation->second(
             Arguments(blank == std::string::npos ? "" : command.substr(blank + 1)));
     } catch (const boost::interprocess::interprocess_exception&) {
-        text = "throws\n";
+        outcome = "throws\n";
     }
-    text += takeEvents();
+    outcome += takeEvents();
     for (const std::string& line : log_.take()) {
-        text += "! " + line + "\n";
+        outcome += "! " + line + "\n";
     }
-    return text;
+    return outcome;
 }
 
 }  // namespace test

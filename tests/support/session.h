@@ -10,10 +10,10 @@ namespace test {
 
 // Runs commands and tells what came of them: the result and what the operation filled, then
 // "> ..." for what the platform was asked for (fakePlatform.h), where the lines that always come
-// together are one, and "! ..." for the system log (systemLog.h).
+// together are one, and "! ..." for the system log (systemLog.h). "{text*3}" is the text thrice.
 class Session {
   public:
-    std::string run(const std::string& command);
+    std::string run(const std::string& text);
 
   private:
     // The command "failEach COMMAND": runs it as often as it leads to events, each time with

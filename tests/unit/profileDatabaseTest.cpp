@@ -3,22 +3,17 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/store.h"
-#include "tests/support/systemLog.h"
 
 namespace {
 
 using FW::FWPROFILE;
 using FW::FWRULE;
-using Lines = std::vector<std::string>;
-
-const std::string kDirectory = test::kStore;
 
 class ProfileDatabase : public testing::Test {
   protected:
     ProfileDatabase() { test::clearFiles(); }
 
     FW::ZAMOFW_JSON_DB db_;
-    test::SystemLog log_;
 };
 
 TEST_F(ProfileDatabase, WritesARuleWithAllItsMembers) {
@@ -66,31 +61,6 @@ TEST_F(ProfileDatabase, ReadsMissingMembersAsZeroAndKeepsBothChains) {
     EXPECT_EQ(profile.adapterPolicyMap,
               (std::map<std::string, FW::FW_POLICY>{{"eth0", FW::FW_POLICY_DENY},
                                                     {"eth1", FW::FW_POLICY_DENY}}));
-}
-
-TEST_F(ProfileDatabase, RefusesWrongTypesAnywhereInAProfile) {
-    for (const char* text :
-         {"{'name': 'home', 'rules': []}", "{'name': 'home', 'rules': 'x'}",
-          "{'name': 'home', 'rules': {'eth0': {'a': {}}}}",
-          "{'name': 'home', 'rules': {'eth0': 5}}", "{'name': 'home', 'rules': {'eth0': ['x']}}",
-          "{'name': 'home', 'rules': {'eth0': [{'policy': 'deny'}]}}",
-          "{'name': 'home', 'rules': {'eth0': [{'policy': 3000000000}]}}",
-          "{'name': 'home', 'rules': {'eth0': [{'enable': 'yes'}]}}",
-          "{'name': 'home', 'rules': {'eth0': [{'ipList': '10.0.0.1'}]}}",
-          "{'name': 'home', 'rules': {'eth0': [{'ipList': [[]]}]}}",
-          "{'name': 'home', 'adapterPolicyMap': [1]}",
-          "{'name': 'home', 'adapterPolicyMap': {'eth0': 'x'}}"}) {
-        SCOPED_TRACE(text);
-        test::writeFile(kDirectory + "100.json", test::json(text).toStyledString());
-        FWPROFILE profile;
-        EXPECT_FALSE(db_.profileGet("home", profile));
-        EXPECT_TRUE(profile.name.empty() && profile.adapterPolicyMap.empty());
-        EXPECT_EQ(log_.take(), Lines{"fwDB: Failed to profileDbLoad()"});
-        std::map<std::string, FWPROFILE> all;
-        EXPECT_FALSE(db_.profileEnum(all));
-        EXPECT_EQ(log_.take(), (Lines{"fwDB: Failed to profileDbLoad()",
-                                      "fwDB: Failed to profileDbLoad() [home]"}));
-    }
 }
 
 TEST_F(ProfileDatabase, DrawsFileNamesThatAreFree) {
