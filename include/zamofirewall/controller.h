@@ -4,6 +4,7 @@
 
 #include <json/value.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -59,6 +60,11 @@ class ZAMOFW_EXPORT ZAMOFW : public ZAMOFW_IPTABLES_RULES {
     // The command list (translator.h) of a stored profile.
     bool fwIptablesRulesEnum(std::string name, Json::Value& out, bool blEstablished);
     bool fwIptablesRulesEnum(std::string name, Json::Value& out, const std::string& clientIp);
+    // A text literal would otherwise be taken for the flag.
+    template <std::size_t size>
+    bool fwIptablesRulesEnum(std::string name, Json::Value& out, const char (&clientIp)[size]) {
+        return fwIptablesRulesEnum(std::move(name), out, std::string(clientIp));
+    }
 
     // Adds every adapter name that rules may use now.
     bool fwAdapterEnum(std::set<std::string>& adapters);
