@@ -4,6 +4,7 @@
 #include <zamo/core.h>
 
 #include <array>
+#include <boost/algorithm/hex.hpp>
 #include <boost/algorithm/string.hpp>
 #include <boost/interprocess/exceptions.hpp>
 #include <filesystem>
@@ -212,6 +213,38 @@ std::string createTrial(const Arguments& a) {
     return show(ZAMOFW_PROFILE().CreateTestProfile(a.word(0), profile));
 }
 
+// FILE HEX: writes bytes.
+std::string writeBytes(const Arguments& a) {
+    writeFile(a.path(), boost::algorithm::unhex(a.from(1)));
+    return "";
+}
+
+// COUNTRY 4|6: its ranges.
+std::string countryRanges(const Arguments& a) {
+    Json::Value ranges;
+    const bool result = FW::FW_GEOIP().countryIPGet(a.word(0), a.word(1).text == "6", ranges);
+    return show(result) + (result ? show(ranges) : "");
+}
+
+// 4|6 COUNTRY...: those with data.
+std::string sanctify(const Arguments& a) {
+    Lines countries;
+    const std::string words = a.from(1);
+    if (!words.empty()) {
+        boost::split(countries, words, boost::is_any_of(" "));
+    }
+    Lines usable;
+    const bool result = FW::FW_GEOIP().geoipSanctify(countries, a.word(0).text == "6", usable);
+    return show(result) + show(usable);
+}
+
+std::string listCountries(const Arguments&) {
+    Lines countries;
+    const bool result = FW::FW_GEOIP().countryEnum(countries);
+    std::sort(countries.begin(), countries.end());
+    return show(result) + show(countries);
+}
+
 std::string listAdapters(const Arguments&) {
     std::set<std::string> adapters = {"kept"};
     const bool result = ZAMOFW().fwAdapterEnum(adapters);
@@ -237,6 +270,7 @@ const std::map<std::string, Operation> kOperations = {
     {"file", [](const Arguments& a) { return writeFile(a.path(), a.from(1) + "\n"), ""; }},
     {"mkdir", makeDirectory},
     {"rm", [](const Arguments& a) { return fs::remove_all(a.path()), ""; }},
+    {"bytes", writeBytes},
     {"ls", [](const Arguments& a) { return show(namesIn(a.path())); }},
     {"show", showFile},
     {"profile", writeProfileFile},
@@ -292,6 +326,9 @@ const std::map<std::string, Operation> kOperations = {
     {"CreateTestProfile", createTrial},
     {"AdoptTestProfile", call(&ZAMOFW_PROFILE::AdoptTestProfile)},
     {"RemoveTestProfile", call(&ZAMOFW_PROFILE::RemoveTestProfile)},
+    {"countryIPGet", countryRanges},
+    {"geoipSanctify", sanctify},
+    {"countryEnum", listCountries},
     {"exportConfig", fill(&FW::ZAMOFW_JSON_DB::exportConfig)},
     {"importConfig",
      [](const Arguments& a) { return show(ZAMOFW_PROFILE().importConfig(json(a.from(0)))); }},
@@ -423,7 +460,7 @@ std::string Session::run(const std::string& text) {
     }
     outcome += takeEvents();
     for (const std::string& line : log_.take()) {
-        outcome += "! " + line + "\n";
+        outcome += "! " + boost::replace_all_copy(line, "\n", "\\n") + "\n";
     }
     return outcome;
 }
