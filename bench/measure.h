@@ -26,8 +26,9 @@ Cost costOf(const std::function<void()>& work);
 // Runs the Google Benchmark functions in random turns: the wall times in milliseconds, by name.
 std::map<std::string, Samples> runBenchmarks();
 
-// Prints "claim, ours, other, what the other is, ratio of the medians, ratio of the minima, limit",
-// separated by tabs. Without a limit the row is there for comparison only.
+// Prints "claim, ours, other, what the other is, ratio, limit", separated by tabs. Without a limit
+// the row is there for comparison only. Of equally many samples the ratios of neighbours count, so
+// that what disturbs both sides for a while does not show.
 void printRow(const std::string& claim,
               const Samples& ours,
               const std::string& otherName,

@@ -67,6 +67,6 @@ ZAMO_EXPORT FILE* VLIBCPopen(const char* mode, const char* const argv[]) {
 }
 
 int main() {
-    compare(72, 200, 8);
-    compare(392, 1000, 6);
+    compare(72, 200, 10);
+    compare(392, 1000, 8);
 }
