@@ -2,9 +2,9 @@
 
 #include <zamo/core.h>
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
-#include <sstream>
+#include <string_view>
 
 #include "logging/log.h"
 #include "translate/chains.h"
@@ -88,17 +88,19 @@ bool ZAMOFW::cmdExec(const std::string& line) {
     std::size_t count = 0;
     std::size_t used = 0;
 
-    std::istringstream words(line);
-    for (std::string word; std::getline(words, word, ' ');) {
+    for (std::size_t begin = 0; begin < line.size();) {
+        const std::size_t end = std::min(line.find(' ', begin), line.size());
+        const std::string_view word = std::string_view(line).substr(begin, end - begin);
+        begin = end + 1;
         if (count >= kMaxArguments || used > kMaxUsedBefore) {
             return FW_FAILURE("#Arguments exceeds limit");
         }
         if (word.empty()) {
             continue;
         }
-        const int length = std::snprintf(&buffer[used], buffer.size() - used, "%s", word.c_str());
         arguments[count++] = &buffer[used];
-        used += static_cast<std::size_t>(length) + 1;
+        word.copy(&buffer[used], buffer.size() - 1 - used);
+        used += word.size() + 1;
     }
     if (used == 0 || used > buffer.size()) {
         return FW_FAILURE("cmd is empty or arguments exceeding limit");

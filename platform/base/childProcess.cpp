@@ -74,7 +74,7 @@ bool isInheritable(int fd) {
     return flags >= 0 && (flags & FD_CLOEXEC) == 0;
 }
 
-void setStandardStreams(FileActions& actions, const ChildSetup& setup) {
+void fill(FileActions& actions, const ChildSetup& setup) {
     if (setup.input >= 0) {
         actions.duplicate(setup.input, STDIN_FILENO);
     } else {
@@ -87,22 +87,38 @@ void setStandardStreams(FileActions& actions, const ChildSetup& setup) {
     }
     // A program without these would print into the next file that it opens.
     if (!isInheritable(STDERR_FILENO)) actions.openNull(STDERR_FILENO, O_WRONLY);
+    actions.closeFrom(STDERR_FILENO + 1);
 }
+
+// Input from /dev/null, and both outputs as they are: nearly every start, so made only once.
+class UsualActions : public FileActions {
+  public:
+    UsualActions() {
+        openNull(STDIN_FILENO, O_RDONLY);
+        closeFrom(STDERR_FILENO + 1);
+    }
+    static bool suit(const ChildSetup& setup) {
+        return setup.input < 0 && setup.output < 0 && isInheritable(STDOUT_FILENO) &&
+               isInheritable(STDERR_FILENO);
+    }
+};
 
 }  // namespace
 
 pid_t startChild(const char* path, const char* const argv[], const ChildSetup& setup) try {
     static const DefaultSignals signals;
-    FileActions actions;
-    setStandardStreams(actions, setup);
-    actions.closeFrom(STDERR_FILENO + 1);
+    static const UsualActions usualActions;
+    const bool isUsual = UsualActions::suit(setup);
+    FileActions ownActions;
+    if (!isUsual) fill(ownActions, setup);
+    const auto* const actions = isUsual ? usualActions.get() : ownActions.get();
 
     const char* const* environment = setup.environment ? setup.environment : kDefaultEnvironment;
     pid_t child = -1;
     // posix_spawn takes the lists as non-const and does not change them.
     const int error = posix_spawn(&child,
                                   path,
-                                  actions.get(),
+                                  actions,
                                   signals.get(),
                                   const_cast<char* const*>(argv),
                                   const_cast<char* const*>(environment));
