@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "logging/log.h"
+#include "store/jsonFile.h"
 #include "translate/chains.h"
 #include "zamofirewall/controller.h"
 
@@ -29,10 +30,6 @@ constexpr std::array<Family, 2> kFamilies = {{{"/sbin/iptables", "v4"}, {"/sbin/
 
 bool logFailedCommand(const std::string& line) {
     return FW_FAILURE("Failed to execute \"%s\"", line.c_str());
-}
-
-bool isObjectOrNull(const Json::Value& value) {
-    return value.isObject() || value.isNull();
 }
 
 // One line in both families, under "global".

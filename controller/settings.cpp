@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "logging/log.h"
+#include "store/jsonFile.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profileDatabase.h"
 
@@ -16,7 +17,7 @@ constexpr const char* kLogModule = "zamoFW";
 }  // namespace
 
 bool ZAMOFW::initJconfig(Json::Value& config) {
-    if (!config.isObject() && !config.isNull()) {
+    if (!isObjectOrNull(config)) {
         return false;
     }
     settingsInit(config);

@@ -4,6 +4,7 @@
 //     "config_firewall_settings": settings document, "config_version": 1 }
 
 #include "logging/log.h"
+#include "store/jsonFile.h"
 #include "store/profileIndex.h"
 #include "store/settings.h"
 #include "zamofirewall/lockedJson.h"
@@ -24,10 +25,6 @@ void logUnreadable(const std::string& path, const std::string& name, bool curren
            path.c_str(),
            name.c_str(),
            current ? " which is the current one." : ".");
-}
-
-bool isObjectOrNull(const Json::Value& value) {
-    return value.isObject() || value.isNull();
 }
 
 bool hasShapeOfExport(const Json::Value& document) {

@@ -111,11 +111,15 @@ bool jsonFileDump(const Json::Value& value, const std::string& path) {
     return true;
 }
 
+bool isObjectOrNull(const Json::Value& value) {
+    return value.isObject() || value.isNull();
+}
+
 bool jsonObjectLoad(Json::Value& value, const std::string& path) {
     if (!jsonFileLoad(value, path)) {
         return false;
     }
-    if (!value.isObject() && !value.isNull()) {
+    if (!isObjectOrNull(value)) {
         return FW_FAILURE("Failed to parse Json value of %s", path.c_str());
     }
     return true;

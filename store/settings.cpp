@@ -44,7 +44,7 @@ bool settingsGet(Json::Value& settings) {
 }
 
 bool settingsSet(const Json::Value& values) {
-    if (!values.isObject() && !values.isNull()) {
+    if (!isObjectOrNull(values)) {
         return FW_FAILURE("Falied to configSet()");
     }
     Json::Value settings;
