@@ -30,10 +30,11 @@ constexpr std::array<const char*, 6> kV6Lines = {
 };
 
 bool isV4(const std::string& address) {
-    return BlVLIBIsIpAddr(address.c_str()) != 0;
+    return !address.empty() && BlVLIBIsIpAddr(address.c_str()) != 0;
 }
+
 bool isV6(const std::string& address) {
-    return BlVLIBIsv6IpAddrValid(address.c_str()) != 0;
+    return !address.empty() && BlVLIBIsv6IpAddrValid(address.c_str()) != 0;
 }
 
 // Established connections of the client, if one is given, are left to the rules.
