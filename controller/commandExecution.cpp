@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <string_view>
 
 #include "logging/log.h"
@@ -95,9 +96,13 @@ bool ZAMOFW::cmdExec(const std::string& line) {
         if (word.empty()) {
             continue;
         }
+        const int length = std::snprintf(&buffer[used],
+                                         buffer.size() - used,
+                                         "%.*s",
+                                         static_cast<int>(word.size()),
+                                         word.data());
         arguments[count++] = &buffer[used];
-        word.copy(&buffer[used], buffer.size() - 1 - used);
-        used += word.size() + 1;
+        used += static_cast<std::size_t>(length) + 1;
     }
     if (used == 0 || used > buffer.size()) {
         return FW_FAILURE("cmd is empty or arguments exceeding limit");
