@@ -26,10 +26,10 @@ namespace {
 using FW::ZAMO_IPTABLES_MODULES;
 using FW::ZAMOFW;
 using FW::ZAMOFW_PROFILE;
-using Lines = std::vector<std::string>;
-constexpr const char* kModuleNote = "/tmp/iptables_serv_mod_list";
-
 using Answers = std::map<std::string, FW::FW_POLICY>;
+using Lines = std::vector<std::string>;
+
+constexpr const char* kModuleNote = "/tmp/iptables_serv_mod_list";
 
 // One word of a command, as whatever type an operation takes: '' is the empty text, NULL no text.
 struct Word {
