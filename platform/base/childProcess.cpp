@@ -1,4 +1,4 @@
-#include "base/childProcess.h"
+#include "platform/base/childProcess.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -10,7 +10,7 @@
 #include <cstring>
 #include <new>
 
-#include "base/childStatus.h"
+#include "platform/base/childStatus.h"
 
 namespace zamo {
 namespace {

@@ -1,4 +1,4 @@
-#include "base/childStatus.h"
+#include "platform/base/childStatus.h"
 
 #include <pthread.h>
 #include <sys/wait.h>

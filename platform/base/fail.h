@@ -1,5 +1,5 @@
-#ifndef ZAMO_BASE_FAIL_H
-#define ZAMO_BASE_FAIL_H
+#ifndef PLATFORM_BASE_FAIL_H
+#define PLATFORM_BASE_FAIL_H
 
 #include <zamo/core.h>
 

@@ -1,4 +1,4 @@
-#include "base/textFile.h"
+#include "platform/base/textFile.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -6,7 +6,7 @@
 #include <array>
 #include <cerrno>
 
-#include "base/uniqueFd.h"
+#include "platform/base/uniqueFd.h"
 
 namespace zamo {
 namespace {

@@ -1,5 +1,5 @@
-#ifndef ZAMO_BASE_TEXT_FILE_H
-#define ZAMO_BASE_TEXT_FILE_H
+#ifndef PLATFORM_BASE_TEXTFILE_H
+#define PLATFORM_BASE_TEXTFILE_H
 
 #include <sys/stat.h>
 

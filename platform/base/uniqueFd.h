@@ -1,5 +1,5 @@
-#ifndef ZAMO_BASE_UNIQUE_FD_H
-#define ZAMO_BASE_UNIQUE_FD_H
+#ifndef PLATFORM_BASE_UNIQUEFD_H
+#define PLATFORM_BASE_UNIQUEFD_H
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -9,9 +9,9 @@
 #include <thread>
 #include <utility>
 
-#include "base/export.h"
-#include "base/fail.h"
-#include "base/uniqueFd.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
+#include "platform/base/uniqueFd.h"
 
 namespace {
 

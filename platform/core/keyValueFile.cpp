@@ -10,11 +10,11 @@
 #include <string>
 #include <string_view>
 
-#include "base/export.h"
-#include "base/fail.h"
-#include "base/textFile.h"
-#include "core/keyValueText.h"
-#include "core/replaceFile.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
+#include "platform/base/textFile.h"
+#include "platform/core/keyValueText.h"
+#include "platform/core/replaceFile.h"
 
 namespace {
 

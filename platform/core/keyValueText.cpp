@@ -1,4 +1,4 @@
-#include "core/keyValueText.h"
+#include "platform/core/keyValueText.h"
 
 namespace zamo {
 namespace {

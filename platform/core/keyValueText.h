@@ -1,5 +1,5 @@
-#ifndef ZAMO_CORE_KEY_VALUE_TEXT_H
-#define ZAMO_CORE_KEY_VALUE_TEXT_H
+#ifndef PLATFORM_CORE_KEYVALUETEXT_H
+#define PLATFORM_CORE_KEYVALUETEXT_H
 
 #include <optional>
 #include <string>

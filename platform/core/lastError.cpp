@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "base/export.h"
+#include "platform/base/export.h"
 
 namespace {
 

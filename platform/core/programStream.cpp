@@ -11,11 +11,11 @@
 #include <string_view>
 #include <utility>
 
-#include "base/childProcess.h"
-#include "base/childStatus.h"
-#include "base/export.h"
-#include "base/fail.h"
-#include "base/uniqueFd.h"
+#include "platform/base/childProcess.h"
+#include "platform/base/childStatus.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
+#include "platform/base/uniqueFd.h"
 
 namespace {
 

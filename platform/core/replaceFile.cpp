@@ -1,4 +1,4 @@
-#include "core/replaceFile.h"
+#include "platform/core/replaceFile.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "base/uniqueFd.h"
+#include "platform/base/uniqueFd.h"
 
 namespace zamo {
 namespace {

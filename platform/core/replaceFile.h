@@ -1,5 +1,5 @@
-#ifndef ZAMO_CORE_REPLACE_FILE_H
-#define ZAMO_CORE_REPLACE_FILE_H
+#ifndef PLATFORM_CORE_REPLACEFILE_H
+#define PLATFORM_CORE_REPLACEFILE_H
 
 #include <sys/stat.h>
 

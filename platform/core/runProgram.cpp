@@ -9,9 +9,9 @@
 #include <thread>
 #include <utility>
 
-#include "base/childProcess.h"
-#include "base/export.h"
-#include "base/fail.h"
+#include "platform/base/childProcess.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "base/export.h"
-#include "base/fail.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
 
 struct VLIBCSzList {
     std::vector<std::string> texts;

@@ -1,4 +1,4 @@
-#include "km/kernelModules.h"
+#include "platform/km/kernelModules.h"
 
 #include <sys/utsname.h>
 #include <syslog.h>
@@ -9,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-#include "base/childProcess.h"
+#include "platform/base/childProcess.h"
 
 namespace zamo {
 namespace {

@@ -1,5 +1,5 @@
-#ifndef ZAMO_KM_KERNEL_MODULES_H
-#define ZAMO_KM_KERNEL_MODULES_H
+#ifndef PLATFORM_KM_KERNELMODULES_H
+#define PLATFORM_KM_KERNELMODULES_H
 
 #include <libkmod.h>
 

@@ -3,9 +3,9 @@
 #include <exception>
 #include <string>
 
-#include "base/export.h"
-#include "base/fail.h"
-#include "km/kernelModules.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
+#include "platform/km/kernelModules.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <arpa/inet.h>
 
-#include "base/export.h"
+#include "platform/base/export.h"
 
 namespace {
 

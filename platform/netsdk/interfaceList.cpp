@@ -11,8 +11,8 @@
 #include <memory>
 #include <string>
 
-#include "base/export.h"
-#include "base/fail.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
 
 namespace {
 

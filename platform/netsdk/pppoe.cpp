@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "base/export.h"
-#include "base/fail.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
 
 namespace {
 

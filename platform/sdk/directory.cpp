@@ -8,9 +8,9 @@
 #include <string>
 #include <utility>
 
-#include "base/export.h"
-#include "base/textFile.h"
-#include "base/uniqueFd.h"
+#include "platform/base/export.h"
+#include "platform/base/textFile.h"
+#include "platform/base/uniqueFd.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "base/childProcess.h"
-#include "base/export.h"
-#include "base/fail.h"
-#include "sdk/pluginFiles.h"
+#include "platform/base/childProcess.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
+#include "platform/sdk/pluginFiles.h"
 
 struct VLIBPlugin {
     std::string directory;

@@ -1,4 +1,4 @@
-#include "sdk/pluginFiles.h"
+#include "platform/sdk/pluginFiles.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <memory>
 
-#include "base/textFile.h"
+#include "platform/base/textFile.h"
 
 namespace zamo {
 namespace {

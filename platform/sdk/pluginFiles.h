@@ -1,5 +1,5 @@
-#ifndef ZAMO_SDK_PLUGIN_FILES_H
-#define ZAMO_SDK_PLUGIN_FILES_H
+#ifndef PLATFORM_SDK_PLUGINFILES_H
+#define PLATFORM_SDK_PLUGINFILES_H
 
 #include <set>
 #include <string>

@@ -12,9 +12,9 @@
 #include <string_view>
 #include <utility>
 
-#include "base/export.h"
-#include "base/fail.h"
-#include "serviceconf/serviceFile.h"
+#include "platform/base/export.h"
+#include "platform/base/fail.h"
+#include "platform/serviceconf/serviceFile.h"
 
 namespace {
 

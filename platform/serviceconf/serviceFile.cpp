@@ -1,4 +1,4 @@
-#include "serviceconf/serviceFile.h"
+#include "platform/serviceconf/serviceFile.h"
 
 #include <json/reader.h>
 #include <json/value.h>
@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "base/textFile.h"
+#include "platform/base/textFile.h"
 
 namespace zamo {
 namespace {

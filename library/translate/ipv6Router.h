@@ -1,0 +1,14 @@
+#ifndef LIBRARY_TRANSLATE_IPV6ROUTER_H
+#define LIBRARY_TRANSLATE_IPV6ROUTER_H
+
+#include <string>
+
+namespace FW {
+
+// Asks the network tool which interface carries IPv6 for `interface`: a 6in4 tunnel, or the
+// interface itself, which is also the answer when the tool fails (that is logged).
+[[nodiscard]] std::string ipv6RouterInterface(const std::string& interface);
+
+}  // namespace FW
+
+#endif
