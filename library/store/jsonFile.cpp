@@ -7,10 +7,10 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <string_view>
 
 #include "library/logging/log.h"
 #include "library/store/lockedFile.h"
+#include "posix/file.h"
 #include "zamofirewall/lockedJson.h"
 
 namespace FW {
@@ -52,24 +52,10 @@ int createFile(const std::string& path) {
                 kDataFileMode);
 }
 
-bool writeAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(descriptor, text.data(), text.size());
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written <= 0) {
-            return false;
-        }
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 // The text must be on the disk before the rename: after a power cut the file is the old one or the
 // new one, not an empty one.
 bool writeAndClose(int descriptor, const std::string& text) {
-    const bool written = writeAll(descriptor, text) && fsync(descriptor) == 0;
+    const bool written = posix::writeWhole(descriptor, text) && fsync(descriptor) == 0;
     return close(descriptor) == 0 && written;
 }
 

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <libgen.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <zamo/sdk.h>
 
@@ -16,6 +15,7 @@
 #include <thread>
 
 #include "library/logging/log.h"
+#include "posix/file.h"
 #include "zamofirewall/lockedJson.h"
 
 namespace bip = boost::interprocess;
@@ -80,14 +80,6 @@ bool tryUntil(bip::file_lock& lock, const ptime::ptime& deadline) {
     return true;
 }
 
-// Whoever deletes a profile deletes its lock file too, perhaps while others wait for it.
-bool isStillAt(const std::string& path, int descriptor) {
-    struct stat opened = {};
-    struct stat named = {};
-    return fstat(descriptor, &opened) == 0 && lstat(path.c_str(), &named) == 0 &&
-           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
-}
-
 }  // namespace
 
 std::string getLockFile(const std::string& path) {
@@ -119,7 +111,8 @@ bool LockedFile::lock(const std::string& dataPath) {
         if (!tryUntil(lock_, deadline)) {
             return FW_FAILURE("Failed to get lock timeout");
         }
-        if (isStillAt(lockPath, descriptor)) {
+        // Whoever deletes a profile deletes its lock file too, perhaps while others wait for it.
+        if (posix::isFileAt(descriptor, lockPath)) {
             return true;
         }
     }

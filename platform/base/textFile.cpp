@@ -6,7 +6,7 @@
 #include <array>
 #include <cerrno>
 
-#include "platform/base/uniqueFd.h"
+#include "posix/descriptor.h"
 
 namespace zamo {
 namespace {
@@ -48,17 +48,17 @@ ReadResult readFrom(int fd, bool shared, TextFile& file) {
     return ReadResult::kDone;
 }
 
-UniqueFd openDirectoryOf(const std::string& path) {
+posix::Descriptor openDirectoryOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     const std::string directory =
         slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
-    return UniqueFd(open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return posix::Descriptor(open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
 }  // namespace
 
 ReadResult readTextFile(const std::string& path, TextFile& file) {
-    const UniqueFd directory = openDirectoryOf(path);
+    const posix::Descriptor directory = openDirectoryOf(path);
     if (!directory) return failedToFind();
     const std::string name = path.substr(path.rfind('/') + 1);
     const bool shared = isWritableByAll(directory.get());
@@ -71,7 +71,7 @@ ReadResult readTextFile(const std::string& path, TextFile& file) {
     if (shared && !isTrusted(seen)) return ReadResult::kUntrusted;
 
     const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (shared ? O_NOFOLLOW : 0);
-    const UniqueFd fd(openat(directory.get(), name.c_str(), flags));
+    const posix::Descriptor fd(openat(directory.get(), name.c_str(), flags));
     if (!fd) return failedToFind();
     return readFrom(fd.get(), shared, file);
 }

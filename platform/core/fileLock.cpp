@@ -11,12 +11,12 @@
 
 #include "platform/base/export.h"
 #include "platform/base/fail.h"
-#include "platform/base/uniqueFd.h"
+#include "posix/descriptor.h"
+#include "posix/file.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using zamo::UniqueFd;
 
 constexpr std::chrono::milliseconds kRetryInterval(1);
 constexpr mode_t kLockFileMode = 0600;
@@ -34,31 +34,24 @@ bool setLock(int fd, short type) {
 
 // O_CREAT comes second and alone with O_EXCL: in a sticky directory the kernel may refuse O_CREAT
 // on another user's file.
-UniqueFd openOrCreate(const char* path, int access) {
+posix::Descriptor openOrCreate(const char* path, int access) {
     const int flags = access | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
     for (;;) {
-        UniqueFd fd(open(path, flags));
+        posix::Descriptor fd(open(path, flags));
         if (fd || errno != ENOENT) return fd;
-        fd = UniqueFd(open(path, flags | O_CREAT | O_EXCL, kLockFileMode));
+        fd = posix::Descriptor(open(path, flags | O_CREAT | O_EXCL, kLockFileMode));
         if (fd || errno != EEXIST) return fd;
     }
 }
 
-UniqueFd openLockFile(const char* path, bool exclusive) {
-    UniqueFd fd = zamo::moveAboveStandardStreams(openOrCreate(path, exclusive ? O_RDWR : O_RDONLY));
+posix::Descriptor openLockFile(const char* path, bool exclusive) {
+    posix::Descriptor fd =
+        posix::aboveStandardStreams(openOrCreate(path, exclusive ? O_RDWR : O_RDONLY));
     struct stat properties = {};
-    if (!fd || fstat(fd.get(), &properties) != 0) return UniqueFd();
+    if (!fd || fstat(fd.get(), &properties) != 0) return posix::Descriptor();
     if (S_ISREG(properties.st_mode)) return fd;
     errno = EINVAL;
-    return UniqueFd();
-}
-
-// Somebody may have deleted the file while we waited; the next one to come would lock a new file.
-bool isStillNamed(int fd, const char* path) {
-    struct stat locked = {};
-    struct stat named = {};
-    return fstat(fd, &locked) == 0 && lstat(path, &named) == 0 && locked.st_dev == named.st_dev &&
-           locked.st_ino == named.st_ino;
+    return posix::Descriptor();
 }
 
 LockResult waitForLock(int fd, short type, Clock::time_point deadline) {
@@ -73,12 +66,14 @@ LockResult waitForLock(int fd, short type, Clock::time_point deadline) {
 LockResult lockOnce(const char* path,
                     bool exclusive,
                     Clock::time_point deadline,
-                    UniqueFd& result) {
-    UniqueFd fd = openLockFile(path, exclusive);
+                    posix::Descriptor& result) {
+    posix::Descriptor fd = openLockFile(path, exclusive);
     if (!fd) return LockResult::kFailed;
     const LockResult waited = waitForLock(fd.get(), exclusive ? F_WRLCK : F_RDLCK, deadline);
     if (waited != LockResult::kLocked) return waited;
-    if (!isStillNamed(fd.get(), path)) {
+    // Somebody may have deleted the file while we waited; the next one to come would lock a new
+    // file.
+    if (!posix::isFileAt(fd.get(), path)) {
         return Clock::now() >= deadline ? LockResult::kTimedOut : LockResult::kReplaced;
     }
     result = std::move(fd);
@@ -93,7 +88,7 @@ ZAMO_EXPORT int VLIBCFileLockTimeByFile(const char* path, int exclusive, int sec
         return 0;
     }
     const auto deadline = Clock::now() + std::chrono::seconds(seconds);
-    UniqueFd locked;
+    posix::Descriptor locked;
     LockResult result = LockResult::kReplaced;
     while (result == LockResult::kReplaced) {
         result = lockOnce(path, exclusive != 0, deadline, locked);
@@ -106,6 +101,6 @@ ZAMO_EXPORT int VLIBCFileLockTimeByFile(const char* path, int exclusive, int sec
 
 ZAMO_EXPORT int VLIBCFileUnlockByFile(int fd) {
     const bool unlocked = setLock(fd, F_UNLCK);
-    const UniqueFd closed(fd);
+    const posix::Descriptor closed(fd);
     return unlocked ? 1 : 0;
 }

@@ -15,7 +15,7 @@
 #include "platform/base/childStatus.h"
 #include "platform/base/export.h"
 #include "platform/base/fail.h"
-#include "platform/base/uniqueFd.h"
+#include "posix/descriptor.h"
 
 namespace {
 
@@ -55,21 +55,21 @@ StreamTable& streams() {
 }
 
 struct Pipe {
-    zamo::UniqueFd reader;
-    zamo::UniqueFd writer;
+    posix::Descriptor reader;
+    posix::Descriptor writer;
 };
 
 bool openPipe(Pipe& result) {
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0) return false;
-    zamo::UniqueFd reader(ends[0]);
-    zamo::UniqueFd writer(ends[1]);
-    result.reader = zamo::moveAboveStandardStreams(std::move(reader));
-    if (result.reader) result.writer = zamo::moveAboveStandardStreams(std::move(writer));
+    posix::Descriptor reader(ends[0]);
+    posix::Descriptor writer(ends[1]);
+    result.reader = posix::aboveStandardStreams(std::move(reader));
+    if (result.reader) result.writer = posix::aboveStandardStreams(std::move(writer));
     return static_cast<bool>(result.writer);
 }
 
-StreamPtr makeStream(zamo::UniqueFd fd, const char* mode) {
+StreamPtr makeStream(posix::Descriptor fd, const char* mode) {
     StreamPtr stream(fdopen(fd.get(), mode));
     if (stream) (void)fd.release();
     return stream;

@@ -8,7 +8,8 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/base/uniqueFd.h"
+#include "posix/descriptor.h"
+#include "posix/file.h"
 
 namespace zamo {
 namespace {
@@ -22,7 +23,7 @@ class TemporaryFile {
   public:
     explicit TemporaryFile(const std::string& target)
         : path_(target + ".XXXXXX"), fd_(mkostemp(path_.data(), O_CLOEXEC)), exists_(fd_) {
-        fd_ = moveAboveStandardStreams(std::move(fd_));
+        fd_ = posix::aboveStandardStreams(std::move(fd_));
     }
     ~TemporaryFile() {
         if (!exists_) return;
@@ -35,15 +36,7 @@ class TemporaryFile {
 
     explicit operator bool() const { return static_cast<bool>(fd_); }
 
-    bool write(std::string_view text) {
-        while (!text.empty()) {
-            const ssize_t done = ::write(fd_.get(), text.data(), text.size());
-            if (done < 0 && errno == EINTR) continue;
-            if (done < 0) return false;
-            text.remove_prefix(static_cast<std::size_t>(done));
-        }
-        return true;
-    }
+    bool write(std::string_view text) { return posix::writeWhole(fd_.get(), text); }
 
     bool takeOver(const struct stat& previous) {
         struct stat own = {};
@@ -58,14 +51,14 @@ class TemporaryFile {
 
     bool publish(const std::string& target) {
         // Some file systems report a full disk only here.
-        if (close(fd_.release()) != 0 || rename(path_.c_str(), target.c_str()) != 0) return false;
+        if (!fd_.close() || rename(path_.c_str(), target.c_str()) != 0) return false;
         exists_ = false;
         return true;
     }
 
   private:
     std::string path_;
-    UniqueFd fd_;
+    posix::Descriptor fd_;
     bool exists_;
 };
 

@@ -10,25 +10,23 @@
 
 #include "platform/base/export.h"
 #include "platform/base/textFile.h"
-#include "platform/base/uniqueFd.h"
+#include "posix/descriptor.h"
 
 namespace {
-
-using zamo::UniqueFd;
 
 // A directory has to be enterable by its owner as long as something is created inside it.
 constexpr mode_t kParentMode = 0300;
 
 // In a directory that everybody may write to, a symbolic link could lead anywhere.
-UniqueFd openSubdirectory(const UniqueFd& parent, const char* name) {
+posix::Descriptor openSubdirectory(const posix::Descriptor& parent, const char* name) {
     const int noLink = zamo::isWritableByAll(parent.get()) ? O_NOFOLLOW : 0;
-    return UniqueFd(openat(parent.get(), name, O_PATH | O_DIRECTORY | O_CLOEXEC | noLink));
+    return posix::Descriptor(openat(parent.get(), name, O_PATH | O_DIRECTORY | O_CLOEXEC | noLink));
 }
 
-UniqueFd enterOrCreate(const UniqueFd& parent, const char* name, mode_t mode) {
-    UniqueFd found = openSubdirectory(parent, name);
+posix::Descriptor enterOrCreate(const posix::Descriptor& parent, const char* name, mode_t mode) {
+    posix::Descriptor found = openSubdirectory(parent, name);
     if (found || errno != ENOENT) return found;
-    if (mkdirat(parent.get(), name, mode) != 0 && errno != EEXIST) return UniqueFd();
+    if (mkdirat(parent.get(), name, mode) != 0 && errno != EEXIST) return posix::Descriptor();
     return openSubdirectory(parent, name);
 }
 
@@ -43,7 +41,7 @@ std::string takeComponent(std::string& path) {
 
 bool makeDirectories(std::string path, mode_t mode) {
     const char* start = path.front() == '/' ? "/" : ".";
-    UniqueFd current(open(start, O_PATH | O_DIRECTORY | O_CLOEXEC));
+    posix::Descriptor current(open(start, O_PATH | O_DIRECTORY | O_CLOEXEC));
     while (current && !path.empty()) {
         const std::string name = takeComponent(path);
         if (name.empty()) break;
