@@ -8,26 +8,19 @@
 #include <string_view>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 #include "library/store/jsonFile.h"
-#include "library/translate/chains.h"
 #include "zamofirewall/controller.h"
 
 namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "zamoFW";
-constexpr const char* kGlobal = "global";
 constexpr std::size_t kBufferSize = 1024;
 constexpr std::size_t kMaxArguments = 255;
 // A word may still begin while this much is used. It is less than the buffer on purpose: the last
 // word may fill the buffer, but no other may follow it.
 constexpr std::size_t kMaxUsedBefore = 1022;
-
-struct Family {
-    const char* program;
-    const char* key;
-};
-constexpr std::array<Family, 2> kFamilies = {{{"/sbin/iptables", "v4"}, {"/sbin/ip6tables", "v6"}}};
 
 bool logFailedCommand(const std::string& line) {
     return FW_FAILURE("Failed to execute \"%s\"", line.c_str());
@@ -37,7 +30,7 @@ bool logFailedCommand(const std::string& line) {
 Json::Value guardLines(const char* policy, const char* edit) {
     Json::Value list;
     for (const Family& family : kFamilies) {
-        Json::Value& lines = list[family.key][kGlobal];
+        Json::Value& lines = list[family.key][kGlobalAdapter];
         lines.append(std::string("--policy INPUT ") + policy);
         lines.append(std::string("--policy FORWARD ") + policy);
         lines.append(std::string(edit) +
@@ -67,11 +60,11 @@ bool runFamily(ZAMOFW& controller, const Family& family, const Json::Value& memb
     if (!isObjectOrNull(members)) {
         return logFailedCommand(family.program);
     }
-    if (!runLines(controller, family.program, members[kGlobal])) {
+    if (!runLines(controller, family.program, members[kGlobalAdapter])) {
         return false;
     }
     for (const std::string& adapter : members.getMemberNames()) {
-        if (adapter != kGlobal && !runLines(controller, family.program, members[adapter])) {
+        if (adapter != kGlobalAdapter && !runLines(controller, family.program, members[adapter])) {
             return false;
         }
     }

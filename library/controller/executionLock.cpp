@@ -3,12 +3,12 @@
 #include <zamo/core.h>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 
 namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "zamoFW";
-constexpr const char* kLockFile = "/tmp/firewall_iptables_exec.lock";
 constexpr int kExclusive = 1;
 constexpr int kSeconds = 30;
 
@@ -21,7 +21,7 @@ ExecutionLock::~ExecutionLock() {
 }
 
 bool ExecutionLock::lock() {
-    if (VLIBCFileLockTimeByFile(kLockFile, kExclusive, kSeconds, &descriptor_) == 0) {
+    if (VLIBCFileLockTimeByFile(kExecutionLockFile, kExclusive, kSeconds, &descriptor_) == 0) {
         return FW_FAILURE("TIMEOUT: getting lock");
     }
     return true;

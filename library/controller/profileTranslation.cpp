@@ -3,6 +3,7 @@
 #include <zamo/core.h>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 #include "library/translate/interfaceNames.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profileDatabase.h"
@@ -52,7 +53,7 @@ bool ZAMOFW::fwAdapterEnum(std::set<std::string>& adapters) {
     if (hasWireless()) {
         adapters.insert(kWirelessInterface);
     }
-    adapters.insert({"global", "pppoe", "vpn"});
+    adapters.insert(kPredefinedAdapters.begin(), kPredefinedAdapters.end());
     return true;
 }
 

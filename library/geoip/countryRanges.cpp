@@ -8,13 +8,13 @@
 #include <memory>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 #include "zamofirewall/geoip.h"
 
 namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "fwGeoip";
-constexpr const char* kRangeDirectory = "/usr/share/xt_geoip/";
 constexpr const char* kV4Extension = ".iv4";
 constexpr const char* kV6Extension = ".iv6";
 constexpr std::size_t kV4RecordSize = 8;
@@ -104,7 +104,7 @@ int FW_GEOIP::geoipFileRead(const std::string& country,
                             Json::Value& item,
                             Json::Value& out,
                             bool isV6) {
-    const std::string path = kRangeDirectory + country + extensionOf(isV6);
+    const std::string path = kCountryDirectory + country + extensionOf(isV6);
     const FileHandle file(std::fopen(path.c_str(), "rbe"), std::fclose);
     if (!file) {
         FW_LOG(LOG_ERR, "Failed to open file %s\n", path.c_str());
@@ -145,7 +145,7 @@ bool FW_GEOIP::geoipSanctify(const std::vector<std::string>& countries,
         (void)std::snprintf(path.data(),
                             path.size(),
                             "%s%s%s",
-                            kRangeDirectory,
+                            kCountryDirectory,
                             country.c_str(),
                             extensionOf(isV6));
         struct stat status = {};
@@ -157,9 +157,9 @@ bool FW_GEOIP::geoipSanctify(const std::vector<std::string>& countries,
 }
 
 bool FW_GEOIP::countryEnum(std::vector<std::string>& countries) {
-    const DirectoryHandle directory(opendir(kRangeDirectory), closedir);
+    const DirectoryHandle directory(opendir(kCountryDirectory), closedir);
     if (!directory) {
-        return FW_FAILURE("Failed to opendir %s", kRangeDirectory);
+        return FW_FAILURE("Failed to opendir %s", kCountryDirectory);
     }
     while (const dirent* entry = readdir(directory.get())) {
         const std::string name = entry->d_name;

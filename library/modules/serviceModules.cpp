@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 #include "zamofirewall/lockedJson.h"
 #include "zamofirewall/modules.h"
 
@@ -17,7 +18,6 @@ namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "zamoIptablesModule";
-constexpr const char* kNoteFile = "/tmp/iptables_serv_mod_list";
 constexpr const char* kLoaded = "yes";
 constexpr const char* kUnloaded = "no";
 constexpr int kValueSize = 1024;
@@ -60,7 +60,7 @@ class PlatformList {
 class NoteLock {
   public:
     NoteLock() {
-        const std::string path = getLockFile(kNoteFile);
+        const std::string path = getLockFile(kModuleNoteFile);
         if (VLIBCFileLockTimeByFile(path.c_str(), kExclusive, kLockSeconds, &descriptor_) == 1) {
             return;
         }
@@ -83,9 +83,9 @@ class NoteLock {
 // The file stands where the key is announced, and the key where the file is: a fixed text.
 bool noteSet(const std::string& service, const char* value) {
     const NoteLock lock;
-    if (VLIBCFileSetKeyValue(kNoteFile, service.c_str(), value, 0) < 0) {
+    if (VLIBCFileSetKeyValue(kModuleNoteFile, service.c_str(), value, 0) < 0) {
         return FW_FAILURE("failed to set key %s to file %s[0x%04X %s:%d]",
-                          kNoteFile,
+                          kModuleNoteFile,
                           service.c_str(),
                           static_cast<unsigned>(VLIBCErrGet()),
                           VLIBCErrorGetFile(),
@@ -151,13 +151,13 @@ bool ZAMO_IPTABLES_MODULES::moduleRemove(const std::string& service, const Modul
 }
 
 bool ZAMO_IPTABLES_MODULES::isModuleLoad(const std::string& service) {
-    if (VLIBCFileExist(kNoteFile) == 0) {
+    if (VLIBCFileExist(kModuleNoteFile) == 0) {
         return false;
     }
     std::array<char, kValueSize> value = {};
-    if (VLIBCFileGetKeyValue(kNoteFile, service.c_str(), value.data(), kValueSize, 0) < 0) {
+    if (VLIBCFileGetKeyValue(kModuleNoteFile, service.c_str(), value.data(), kValueSize, 0) < 0) {
         return FW_FAILURE("failed to get key %s from file %s[0x%04X %s:%d]",
-                          kNoteFile,
+                          kModuleNoteFile,
                           service.c_str(),
                           static_cast<unsigned>(VLIBCErrGet()),
                           VLIBCErrorGetFile(),

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profileDatabase.h"
 
@@ -19,7 +20,6 @@ struct ZAMOFW::RulePorts {
 namespace {
 
 constexpr const char* kLogModule = "zamoFW";
-constexpr const char* kGlobal = "global";
 constexpr std::int32_t kSource = 1;
 constexpr std::int32_t kDestination = 0;
 
@@ -243,7 +243,7 @@ void ZAMOFW::rulesPortCheck(const std::string& name,
         }
     }
     // Rules for every adapter that allow some addresses leave the others to the adapters' rules.
-    if (name == kGlobal && !denySeen && result[name] == FW_POLICY_PARTIAL_ALLOW) {
+    if (name == kGlobalAdapter && !denySeen && result[name] == FW_POLICY_PARTIAL_ALLOW) {
         result[name] = FW_POLICY_NONE;
     }
 }
@@ -253,7 +253,7 @@ void ZAMOFW::profilePortCheck(const FWPROFILE& profile,
                               const std::string& adapter,
                               Answers& result) {
     const auto policy = profile.adapterPolicyMap.find(adapter);
-    result[kGlobal] = FW_POLICY_NONE;
+    result[kGlobalAdapter] = FW_POLICY_NONE;
     if (adapter.empty()) {
         for (const auto& [name, defaultPolicy] : profile.adapterPolicyMap) {
             result[name] = defaultPolicy;
@@ -262,11 +262,11 @@ void ZAMOFW::profilePortCheck(const FWPROFILE& profile,
         result[adapter] = policy->second;
     }
 
-    const auto global = profile.rules.find(kGlobal);
+    const auto global = profile.rules.find(kGlobalAdapter);
     if (global != profile.rules.end()) {
-        rulesPortCheck(kGlobal, global->second, port, result);
-        if (isDecided(result[kGlobal])) {
-            setAnswer(result, adapter, profile.adapterPolicyMap, result[kGlobal]);
+        rulesPortCheck(kGlobalAdapter, global->second, port, result);
+        if (isDecided(result[kGlobalAdapter])) {
+            setAnswer(result, adapter, profile.adapterPolicyMap, result[kGlobalAdapter]);
             return;
         }
     }

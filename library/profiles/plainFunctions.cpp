@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profile.h"
 #include "zamofirewall/zamofirewall_c.h"
@@ -19,7 +20,6 @@ using FW::ZAMOFW_PROFILE;
 namespace {
 
 constexpr const char* kLogModule = "zamofirewall_c";
-constexpr const char* kGlobal = "global";
 constexpr int kReload = 1;
 
 int status(bool success) {
@@ -87,7 +87,8 @@ int VLIBFwRuleReserveServInsert(const char* services, int allow, int reload) {
     std::vector<std::string> names;
     boost::algorithm::split(names, list, boost::algorithm::is_any_of(","));
     for (const std::string& name : names) {
-        if (!ZAMOFW_PROFILE().profileAddServToReserve(kGlobal, name, policy, /*reload=*/false)) {
+        if (!ZAMOFW_PROFILE().profileAddServToReserve(
+                FW::kGlobalAdapter, name, policy, /*reload=*/false)) {
             FW_LOG(LOG_ERR, "Failed to assign serv [%s]", name.c_str());
             return -1;
         }

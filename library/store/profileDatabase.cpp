@@ -10,6 +10,7 @@
 #include <ctime>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 #include "library/store/profileIndex.h"
 #include "library/store/settings.h"
 #include "zamofirewall/lockedJson.h"
@@ -18,7 +19,6 @@ namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "fwDB";
-constexpr const char* kGlobalAdapter = "global";
 constexpr int kFileNameSpread = 100;
 
 bool fileExists(const std::string& path) {

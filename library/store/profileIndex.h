@@ -11,10 +11,9 @@
 #include <string>
 #include <vector>
 
-namespace FW {
+#include "library/model/names.h"
 
-constexpr const char* kProfileDirectory = "/usr/zamo/etc/firewall.d/";
-constexpr const char* kProfileExtension = ".json";
+namespace FW {
 
 // An operation on profiles builds the index several times, and looks into every file each time. An
 // object of this class serves one operation: it remembers the names in files that have not been

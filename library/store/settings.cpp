@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 #include "library/store/jsonFile.h"
 #include "zamofirewall/lockedJson.h"
 
@@ -10,7 +11,6 @@ namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "zamoFW";
-constexpr const char* kSettingsFile = "/usr/zamo/etc/firewall.d/firewall_settings.json";
 constexpr const char* kStatus = "status";
 constexpr const char* kProfile = "profile";
 

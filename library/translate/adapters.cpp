@@ -7,6 +7,7 @@
 #include <array>
 
 #include "library/logging/log.h"
+#include "library/model/names.h"
 #include "library/translate/interfaceNames.h"
 #include "zamofirewall/translator.h"
 
@@ -15,7 +16,6 @@ namespace {
 
 constexpr const char* kLogModule = "fwIptables";
 constexpr int kInterfaceNameSize = 256;
-constexpr std::array<const char*, 3> kPredefinedAdapters = {"global", "pppoe", "vpn"};
 
 bool beginsWith(const std::string& text, const char* prefix) {
     return text.rfind(prefix, 0) == 0;
@@ -39,20 +39,20 @@ bool ZAMOFW_IPTABLES_RULES::adapterToIptablesArg(const std::string& adapter,
         if (adapter != predefined) {
             continue;
         }
-        if (adapter == "pppoe") {
+        if (adapter == kPppoeAdapter) {
             pppoeAdaterGet();
             if (pppoeAdapter.empty()) {
                 return FW_FAILURE("pppoe interface is empty");
             }
             fragments.append(prefix + pppoeAdapter);
-        } else if (adapter == "vpn") {
+        } else if (adapter == kVpnAdapter) {
             if (!vpnAdatperEnum()) {
                 return FW_FAILURE("Failed to vpnAdatperEnum()");
             }
             for (const std::string& interface : vpnAdapters) {
                 fragments.append(prefix + interface);
             }
-        } else if (adapter == "global") {
+        } else if (adapter == kGlobalAdapter) {
             fragments.append("");
         } else {
             return FW_FAILURE("Failed to convert pre-defined adapter %s", predefined);
@@ -65,14 +65,14 @@ bool ZAMOFW_IPTABLES_RULES::adapterToIptablesArg(const std::string& adapter,
 }
 
 bool ZAMOFW_IPTABLES_RULES::adapterIsEnabled(const std::string& adapter) {
-    if (adapter == "global") {
+    if (adapter == kGlobalAdapter) {
         return true;
     }
-    if (adapter == "vpn") {
+    if (adapter == kVpnAdapter) {
         (void)vpnAdatperEnum();
         return !vpnAdapters.empty();
     }
-    if (adapter == "pppoe") {
+    if (adapter == kPppoeAdapter) {
         pppoeAdaterGet();
         return !pppoeAdapter.empty();
     }

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "library/logging/log.h"
-#include "library/translate/chains.h"
+#include "library/model/names.h"
 #include "library/translate/ipv6Router.h"
 #include "zamofirewall/translator.h"
 
@@ -14,7 +14,6 @@ namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "fwIptables";
-constexpr const char* kGlobal = "global";
 // Dial-up is governed by the name "pppoe", or "vpn"; the interface itself never is.
 constexpr const char* kNeverTranslated = "ppp0";
 
@@ -46,12 +45,12 @@ std::string establishedLine(bool exceptClient, const std::string& clientIp) {
 void appendBuiltInLines(bool established, const std::string& clientIp, Json::Value& cmds) {
     for (const char* chain : kFirewallChains) {
         const std::string prefix = std::string("-A ") + chain;
-        Json::Value& v4 = cmds["v4"][kGlobal];
+        Json::Value& v4 = cmds[kIpv4.key][kGlobalAdapter];
         v4.append(prefix + " -i lo -j ACCEPT");
         if (established) {
             v4.append(prefix + establishedLine(isV4(clientIp), clientIp));
         }
-        Json::Value& v6 = cmds["v6"][kGlobal];
+        Json::Value& v6 = cmds[kIpv6.key][kGlobalAdapter];
         for (const char* line : kV6Lines) {
             v6.append(prefix + line);
         }
@@ -145,7 +144,7 @@ bool ZAMOFW_IPTABLES_RULES::fwRulesToIptablesRules(
 void ZAMOFW_IPTABLES_RULES::iptables6in4ToCmd(const std::string& adapter,
                                               const FWRULE& rule,
                                               Json::Value& cmds) {
-    const std::string interface = adapter == "pppoe" ? pppoeAdapter : adapter;
+    const std::string interface = adapter == kPppoeAdapter ? pppoeAdapter : adapter;
     const std::string tunnel = ipv6RouterInterface(interface);
     if (tunnel == interface) {
         return;
