@@ -1,4 +1,4 @@
-// Running command lines, and the fixed ones around a rebuild of the rules.
+#include "library/controller/commandExecution.h"
 
 #include <zamo/core.h>
 
@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "library/logging/log.h"
-#include "library/model/names.h"
 #include "library/store/jsonFile.h"
 #include "zamofirewall/controller.h"
 
@@ -18,53 +17,37 @@ namespace {
 constexpr const char* kLogModule = "zamoFW";
 constexpr std::size_t kBufferSize = 1024;
 constexpr std::size_t kMaxArguments = 255;
-// A word may still begin while this much is used. It is less than the buffer on purpose: the last
-// word may fill the buffer, but no other may follow it.
+// A word may start only while no more than this is in use. The limit is below the buffer's size on
+// purpose: the last word may fill the buffer, but no word may follow it.
 constexpr std::size_t kMaxUsedBefore = 1022;
 
-bool logFailedCommand(const std::string& line) {
+// Logs like FW_FAILURE, and is false like it.
+bool commandFailure(const std::string& line) {
     return FW_FAILURE("Failed to execute \"%s\"", line.c_str());
 }
 
-// One line in both families, under "global".
-Json::Value guardLines(const char* policy, const char* edit) {
-    Json::Value list;
-    for (const Family& family : kFamilies) {
-        Json::Value& lines = list[family.key][kGlobalAdapter];
-        lines.append(std::string("--policy INPUT ") + policy);
-        lines.append(std::string("--policy FORWARD ") + policy);
-        lines.append(std::string(edit) +
-                     " FIREWALL_RELOADING -m state --state ESTABLISHED,RELATED -j ACCEPT");
+// Appends the lines of an array. False at the first value that is not a text.
+bool appendLines(const Family& family, const Json::Value& array, std::vector<CommandLine>& lines) {
+    if (!array.isArray() && !array.isNull()) {
+        return false;
     }
-    return list;
-}
-
-// Runs one array of a command list.
-bool runLines(ZAMOFW& controller, const char* program, const Json::Value& lines) {
-    if (!lines.isArray() && !lines.isNull()) {
-        return logFailedCommand(program);
-    }
-    for (const Json::Value& arguments : lines) {
+    for (const Json::Value& arguments : array) {
         if (!arguments.isConvertibleTo(Json::stringValue)) {
-            return logFailedCommand(program);
+            return false;
         }
-        const std::string line = std::string(program) + " " + arguments.asString();
-        if (!controller.cmdExec(line)) {
-            return logFailedCommand(line);
-        }
+        lines.push_back({family, arguments.asString()});
     }
     return true;
 }
 
-bool runFamily(ZAMOFW& controller, const Family& family, const Json::Value& members) {
-    if (!isObjectOrNull(members)) {
-        return logFailedCommand(family.program);
-    }
-    if (!runLines(controller, family.program, members[kGlobalAdapter])) {
+bool appendFamily(const Family& family,
+                  const Json::Value& adapters,
+                  std::vector<CommandLine>& lines) {
+    if (!isObjectOrNull(adapters) || !appendLines(family, adapters[kGlobalAdapter], lines)) {
         return false;
     }
-    for (const std::string& adapter : members.getMemberNames()) {
-        if (adapter != kGlobalAdapter && !runLines(controller, family.program, members[adapter])) {
+    for (const std::string& adapter : adapters.getMemberNames()) {
+        if (adapter != kGlobalAdapter && !appendLines(family, adapters[adapter], lines)) {
             return false;
         }
     }
@@ -73,7 +56,7 @@ bool runFamily(ZAMOFW& controller, const Family& family, const Json::Value& memb
 
 }  // namespace
 
-bool ZAMOFW::cmdExec(const std::string& line) {
+bool runCommand(const std::string& line) {
     std::array<char, kBufferSize> buffer = {};
     std::array<const char*, kMaxArguments + 1> arguments = {};
     std::size_t count = 0;
@@ -106,43 +89,50 @@ bool ZAMOFW::cmdExec(const std::string& line) {
     return true;
 }
 
-bool ZAMOFW::fwExec(Json::Value list) {
-    if (!isObjectOrNull(list)) {
-        return logFailedCommand(kFamilies[0].program);
-    }
-    for (const Family& family : kFamilies) {
-        if (!runFamily(*this, family, list[family.key])) {
-            return false;
+bool runLines(const std::vector<CommandLine>& lines) {
+    for (const CommandLine& line : lines) {
+        const std::string command = std::string(line.family.program) + " " + line.arguments;
+        if (!runCommand(command)) {
+            return commandFailure(command);
         }
     }
     return true;
 }
 
-bool ZAMOFW::fwDefaultDrop() {
-    if (!fwExec(guardLines("DROP", "-A"))) {
-        return FW_FAILURE("Failed to fwExec() to set default drop.");
+bool runCommandList(const Json::Value& list) {
+    if (!isObjectOrNull(list)) {
+        return commandFailure(kIpv4.program);
     }
-    return true;
+    std::vector<CommandLine> lines;
+    for (const Family& family : kFamilies) {
+        if (!appendFamily(family, list[family.key], lines)) {
+            // The lines before the wrong value have run, as they would before any other failure.
+            return runLines(lines) && commandFailure(family.program);
+        }
+    }
+    return runLines(lines);
 }
 
-bool ZAMOFW::fwDefaultAccept() {
-    if (!fwExec(guardLines("ACCEPT", "-D"))) {
-        return FW_FAILURE("Failed to fwExec() to set default accept.");
+bool flushChains() {
+    bool flushed = true;
+    for (const char* chain : kFirewallChains) {
+        for (const Family& family : kFamilies) {
+            flushed = runLines({{family, std::string("-F ") + chain}}) && flushed;
+        }
     }
-    return true;
+    return flushed;
+}
+
+bool ZAMOFW::cmdExec(const std::string& line) {
+    return runCommand(line);
+}
+
+bool ZAMOFW::fwExec(Json::Value list) {
+    return runCommandList(list);
 }
 
 bool ZAMOFW::fwClear() {
-    bool cleared = true;
-    for (const char* chain : kFirewallChains) {
-        for (const Family& family : kFamilies) {
-            const std::string line = std::string(family.program) + " -F " + chain;
-            if (!cmdExec(line)) {
-                cleared = logFailedCommand(line);
-            }
-        }
-    }
-    return cleared;
+    return flushChains();
 }
 
 }  // namespace FW

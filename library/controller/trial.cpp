@@ -1,7 +1,9 @@
 // Putting the trial copy of a profile into force.
 
+#include "library/controller/closedPolicies.h"
+#include "library/controller/commandExecution.h"
 #include "library/controller/firewallModules.h"
-#include "library/controller/rebuild.h"
+#include "library/controller/switching.h"
 #include "library/logging/log.h"
 #include "library/store/trialName.h"
 #include "zamofirewall/controller.h"
@@ -18,8 +20,8 @@ bool ZAMOFW::TestApplyingProfile(std::string name, const std::string& clientIp) 
     if (!firewallModLoad()) {
         return FW_FAILURE("Failed to firewallModLoad()");
     }
-    return rebuildRules(*this, [&] {
-        if (!fwClear()) {
+    return behindClosedPolicies([&] {
+        if (!flushChains()) {
             return FW_FAILURE("Failed to fwClear()");
         }
         Json::Value list;
@@ -29,7 +31,7 @@ bool ZAMOFW::TestApplyingProfile(std::string name, const std::string& clientIp) 
         if (!translated) {
             return FW_FAILURE("Failed to fwIptablesRulesEnum()");
         }
-        return execOrDisable(*this, std::move(list));
+        return runListOrDisable(list);
     });
 }
 

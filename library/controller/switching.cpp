@@ -1,0 +1,96 @@
+#include "library/controller/switching.h"
+
+#include "library/controller/commandExecution.h"
+#include "library/controller/firewallModules.h"
+#include "library/logging/log.h"
+#include "library/store/settings.h"
+#include "zamofirewall/hook.h"
+
+namespace FW {
+namespace {
+
+constexpr const char* kLogModule = "zamoFW";
+
+struct Hooks {
+    bool (*before)();
+    bool (*after)(bool result);
+    const char* beforeFailure;
+    const char* afterFailure;
+};
+constexpr Hooks kEnableHooks = {
+    [] { return ZamoFwHook().RunFwEnablePreHook(); },
+    [](bool result) { return ZamoFwHook().RunFwEnablePostHook(result); },
+    "Failed to run firewall enable pre-hook.",
+    "Failed to run firewall enable post-hook."};
+constexpr Hooks kDisableHooks = {
+    [] { return ZamoFwHook().RunFwDisablePreHook(); },
+    [](bool result) { return ZamoFwHook().RunFwDisablePostHook(result); },
+    "Failed to run firewall disable pre-hook.",
+    "Failed to run firewall disable post-hook."};
+
+void runAfter(const Hooks& hooks, bool result) {
+    if (!hooks.after(result)) {
+        FW_LOG(LOG_ERR, "%s", hooks.afterFailure);
+    }
+}
+
+// A failed hook is logged and changes nothing. The second hook always runs, because packages undo
+// there what they prepared in the first.
+bool changeBetween(const Hooks& hooks, const std::function<bool()>& change) {
+    bool result = false;
+    try {
+        if (!hooks.before()) {
+            FW_LOG(LOG_ERR, "%s", hooks.beforeFailure);
+        }
+        result = change();
+    } catch (...) {
+        runAfter(hooks, false);
+        throw;
+    }
+    runAfter(hooks, result);
+    return result;
+}
+
+bool storeStatus(bool enabled) {
+    Json::Value values;
+    values["status"] = enabled;
+    if (!settingsSet(values)) {
+        return FW_FAILURE("Falied to configSet()");
+    }
+    return true;
+}
+
+}  // namespace
+
+bool enableFirewall(const std::function<bool()>& reload) {
+    if (!firewallModLoad()) {
+        return FW_FAILURE("Failed to firewallModLoad()");
+    }
+    return changeBetween(kEnableHooks, [&reload] {
+        if (!storeStatus(true)) {
+            return false;
+        }
+        if (!reload()) {
+            return FW_FAILURE("Failed to apply firewall rules");
+        }
+        return true;
+    });
+}
+
+bool disableFirewall() {
+    return changeBetween(kDisableHooks, [] {
+        (void)flushChains();
+        (void)firewallModUnload();
+        return storeStatus(false);
+    });
+}
+
+bool runListOrDisable(const Json::Value& list) {
+    if (!runCommandList(list)) {
+        (void)disableFirewall();
+        return FW_FAILURE("Failed to fwExec() so disable firewall");
+    }
+    return true;
+}
+
+}  // namespace FW
