@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "library/controller/commandExecution.h"
+#include "library/controller/deferredSignals.h"
 #include "library/controller/switching.h"
 #include "library/logging/log.h"
 #include "zamofirewall/controller.h"
@@ -52,6 +53,8 @@ bool openOrDisable() {
 }  // namespace
 
 bool behindClosedPolicies(const std::function<bool()>& rebuild) {
+    // A program that is ended in between would leave the host unreachable.
+    const DeferredSignals deferred;
     if (!closePolicies()) {
         return false;
     }

@@ -1,0 +1,125 @@
+// What happens to a reload from outside while it is under way, and the overloads of the
+// translation.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <sstream>
+#include <stdexcept>
+
+#include "tests/support/fakePlatform.h"
+#include "tests/support/store.h"
+#include "tests/support/systemLog.h"
+#include "zamofirewall/controller.h"
+
+namespace {
+
+using FW::ZAMOFW;
+using test::platform;
+using Lines = std::vector<std::string>;
+
+// What the commands would make of the kernel's filter.
+struct Kernel {
+    std::map<std::string, int> rules;  // "/sbin/iptables INPUT_FIREWALL" -> number
+    std::map<std::string, std::string> policies;
+
+    void run(const std::string& command) {
+        std::istringstream words(command);
+        std::string program;
+        std::string verb;
+        std::string chain;
+        words >> program >> verb;
+        if (verb == "-t") {
+            words >> chain >> verb;
+        }
+        words >> chain;
+        if (verb == "--policy") {
+            words >> policies[program + " " + chain];
+        } else if (verb == "-F") {
+            rules[program + " " + chain] = 0;
+        } else if (verb == "-A" || verb == "-D") {
+            rules[program + " " + chain] += verb == "-A" ? 1 : -1;
+        }
+    }
+    bool isClosed() const {
+        return std::any_of(policies.begin(), policies.end(),
+                           [](const auto& policy) { return policy.second == "DROP"; });
+    }
+    bool hasRules() const {
+        return std::any_of(rules.begin(), rules.end(),
+                           [](const auto& chain) { return chain.second != 0; });
+    }
+};
+
+class ApplyCycle : public testing::Test {
+  protected:
+    ApplyCycle() { reset(); }
+
+    // An enabled firewall with one rule, and nothing in the kernel yet.
+    void reset() {
+        test::clearFiles();
+        test::clearPlatform();
+        test::writeModuleList();
+        test::writeSettings(true, "home");
+        FW::FWPROFILE profile;
+        profile.name = "home";
+        profile.rules["eth0"] = {test::portRule(FW::FW_POLICY_ALLOW, {"22"})};
+        profile.adapterPolicyMap["eth0"] = FW::FW_POLICY_DENY;
+        test::writeProfile("1.json", profile);
+        kernel_ = Kernel();
+        platform().onEvent = [this](const std::string& event) { kernel_.run(event); };
+    }
+
+    Kernel kernel_;
+    test::SystemLog log_;
+};
+
+constexpr int kDeferred[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+volatile std::sig_atomic_t eventsAtDelivery = 0;
+
+void noteDelivery(int) {
+    eventsAtDelivery = static_cast<std::sig_atomic_t>(platform().events.size());
+}
+
+bool isBlocked(int signal) {
+    sigset_t mask = {};
+    return pthread_sigmask(SIG_BLOCK, nullptr, &mask) == 0 && sigismember(&mask, signal) == 1;
+}
+
+TEST_F(ApplyCycle, HoldsSignalsBackUntilThePoliciesAreOpen) {
+    for (const int signal : kDeferred) {
+        for (const bool throws : {false, true}) {
+            SCOPED_TRACE(std::to_string(signal) + (throws ? " with an exception" : ""));
+            reset();
+            eventsAtDelivery = 0;
+            auto* const previous = std::signal(signal, noteDelivery);
+            platform().onEvent = [&](const std::string& event) {
+                kernel_.run(event);
+                if (kernel_.isClosed()) {
+                    (void)std::raise(signal);
+                }
+                if (throws && event.find("--dport 22") != std::string::npos) {
+                    throw std::runtime_error("in the middle");
+                }
+            };
+            if (throws) {
+                EXPECT_THROW(ZAMOFW().fwReload(true), std::runtime_error);
+            } else {
+                EXPECT_TRUE(ZAMOFW().fwReload(true));
+            }
+            (void)std::signal(signal, previous);
+
+            ASSERT_GT(eventsAtDelivery, 0);
+            EXPECT_EQ(platform().events[static_cast<std::size_t>(eventsAtDelivery) - 1],
+                      "/sbin/ip6tables -D FIREWALL_RELOADING -m state --state ESTABLISHED,RELATED "
+                      "-j ACCEPT");
+            for (const int each : kDeferred) {
+                EXPECT_FALSE(isBlocked(each)) << each;
+            }
+        }
+    }
+}
+
+}  // namespace
