@@ -1,17 +1,37 @@
 // Switching the firewall on and off, and rebuilding the kernel's rules.
 
+#include <boost/interprocess/exceptions.hpp>
+
 #include "library/controller/closedPolicies.h"
 #include "library/controller/commandExecution.h"
 #include "library/controller/executionLock.h"
 #include "library/controller/firewallModules.h"
 #include "library/controller/switching.h"
 #include "library/logging/log.h"
+#include "library/store/settings.h"
 #include "zamofirewall/controller.h"
 
 namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "zamoFW";
+
+// fwDisable() takes no lock: it may have flushed the chains in the middle of the rebuild, and the
+// lines that ran later would stay in a firewall that is stored as disabled.
+//
+// The note comes before the question. A disable that stores its status after the question finds the
+// note and flushes the chains again, see disableFirewall().
+bool flushIfDisabledMeanwhile(const ExecutionLock& executionLock) {
+    executionLock.noteRebuild();
+    bool enabled = true;
+    try {
+        // The rules are those that were asked for, so a status that cannot be read changes nothing.
+        (void)settingsStatus(enabled);
+    } catch (const boost::interprocess::interprocess_exception&) {
+        return true;
+    }
+    return enabled || flushChains();
+}
 
 }  // namespace
 
@@ -42,7 +62,7 @@ bool ZAMOFW::fwReload(bool blEstablished) {
     if (!firewallModLoad()) {
         return FW_FAILURE("Failed to firewallModLoad()");
     }
-    return behindClosedPolicies([this, blEstablished] {
+    return behindClosedPolicies([this, blEstablished, &executionLock] {
         (void)flushChains();
         std::string name;
         if (!fwProfileConfigGet(name)) {
@@ -52,7 +72,7 @@ bool ZAMOFW::fwReload(bool blEstablished) {
         if (!fwIptablesRulesEnum(name, list, blEstablished)) {
             return FW_FAILURE("Failed to fwIptablesRulesEnum()");
         }
-        return runListOrDisable(list);
+        return runListOrDisable(list) && flushIfDisabledMeanwhile(executionLock);
     });
 }
 

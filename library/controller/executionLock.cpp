@@ -1,6 +1,10 @@
 #include "library/controller/executionLock.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <zamo/core.h>
+
+#include <array>
 
 #include "library/logging/log.h"
 #include "library/model/names.h"
@@ -25,6 +29,23 @@ bool ExecutionLock::lock() {
         return FW_FAILURE("TIMEOUT: getting lock");
     }
     return true;
+}
+
+void ExecutionLock::noteRebuild() const noexcept {
+    // Not UTIME_NOW: the kernel's own time stamps have the resolution of its timer.
+    std::timespec now = {};
+    (void)clock_gettime(CLOCK_REALTIME, &now);
+    // If this fails, a disable that runs at this moment may leave rules behind, as if it had come
+    // first. Nothing else depends on it.
+    (void)futimens(descriptor_, std::array{now, now}.data());
+}
+
+RebuildNote lastRebuild() noexcept {
+    struct stat file = {};
+    if (lstat(kExecutionLockFile, &file) != 0) {
+        return {};
+    }
+    return {file.st_mtim.tv_sec, file.st_mtim.tv_nsec};
 }
 
 }  // namespace FW

@@ -1,6 +1,7 @@
 #include "library/controller/switching.h"
 
 #include "library/controller/commandExecution.h"
+#include "library/controller/executionLock.h"
 #include "library/controller/firewallModules.h"
 #include "library/logging/log.h"
 #include "library/store/settings.h"
@@ -60,6 +61,16 @@ bool storeStatus(bool enabled) {
     return true;
 }
 
+// A reload that began while the firewall was enabled may have run most of its lines after the first
+// flush, and have asked for the status before it was stored.
+void flushAgainUnlessEnabled() {
+    bool enabled = false;
+    (void)settingsStatus(enabled);
+    if (!enabled) {
+        (void)flushChains();
+    }
+}
+
 }  // namespace
 
 bool enableFirewall(const std::function<bool()>& reload) {
@@ -79,9 +90,16 @@ bool enableFirewall(const std::function<bool()>& reload) {
 
 bool disableFirewall() {
     return changeBetween(kDisableHooks, [] {
+        const RebuildNote before = lastRebuild();
         (void)flushChains();
         (void)firewallModUnload();
-        return storeStatus(false);
+        if (!storeStatus(false)) {
+            return false;
+        }
+        if (lastRebuild() != before) {
+            flushAgainUnlessEnabled();
+        }
+        return true;
     });
 }
 

@@ -14,7 +14,8 @@ namespace FW {
 [[nodiscard]] bool enableFirewall(const std::function<bool()>& reload);
 
 // Flushes the chains, unloads the modules and stores "disabled". Takes no lock and leaves the
-// policies alone, so that a rebuild that failed can use it.
+// policies alone, so that a rebuild that failed can use it. If another process rebuilds the rules
+// at the same time, the chains are empty in the end all the same.
 bool disableFirewall();
 
 // Runs a command list; the firewall is disabled when a line fails.

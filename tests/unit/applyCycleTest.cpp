@@ -6,8 +6,11 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
+#include <future>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 #include "tests/support/fakePlatform.h"
 #include "tests/support/store.h"
@@ -120,6 +123,82 @@ TEST_F(ApplyCycle, HoldsSignalsBackUntilThePoliciesAreOpen) {
             }
         }
     }
+}
+
+// An operation in a thread of its own, which pauses before one of its events. Only one operation
+// runs at a time.
+class Paused {
+  public:
+    Paused(std::function<bool()> operation, std::size_t pauseBefore) : left_(pauseBefore) {
+        thread_ = std::thread([this, operation = std::move(operation)] {
+            current = this;
+            succeeded_ = operation();
+            if (!isPaused_) {
+                paused_.set_value();
+            }
+        });
+        paused_.get_future().wait();
+    }
+    bool finish() {
+        resume_.set_value();
+        thread_.join();
+        return succeeded_;
+    }
+    static void atEvent() {
+        if (current != nullptr && current->left_-- == 0) {
+            current->isPaused_ = true;
+            current->paused_.set_value();
+            current->resume_.get_future().wait();
+        }
+    }
+
+  private:
+    static thread_local Paused* current;
+    std::size_t left_;
+    bool isPaused_ = false;
+    bool succeeded_ = false;
+    std::promise<void> paused_;
+    std::promise<void> resume_;
+    std::thread thread_;
+};
+thread_local Paused* Paused::current = nullptr;
+
+// The reload runs up to one of its events, a disable beside it up to one of its own; then they go
+// on, one after the other. This includes either of them running whole inside the other.
+TEST_F(ApplyCycle, EndsWithEmptyChainsWhereverADisableMeetsAReload) {
+    const std::function<bool()> reload = [] { return ZAMOFW().fwReload(true); };
+    const std::function<bool()> disable = [] { return ZAMOFW().fwDisable(); };
+    EXPECT_TRUE(reload());
+    const std::size_t reloadEvents = platform().events.size();
+    EXPECT_TRUE(disable());
+    const std::size_t disableEvents = platform().events.size() - reloadEvents;
+    EXPECT_GE(disableEvents, 8U) << "hooks, flushes and modules";
+
+    for (std::size_t i = 0; i <= reloadEvents; ++i) {
+        for (std::size_t j = 0; j <= disableEvents; ++j) {
+            for (const bool reloadFirst : {true, false}) {
+                SCOPED_TRACE(std::to_string(i) + " and " + std::to_string(j) +
+                             (reloadFirst ? ", reload first" : ", disable first"));
+                reset();
+                test::writeFile("/tmp/iptables_serv_mod_list", "firewall=\"yes\"\n");
+                platform().onEvent = [this](const std::string& event) {
+                    Paused::atEvent();
+                    kernel_.run(event);
+                };
+                Paused first(reloadFirst ? reload : disable, reloadFirst ? i : j);
+                Paused second(reloadFirst ? disable : reload, reloadFirst ? j : i);
+                EXPECT_TRUE(first.finish());
+                EXPECT_TRUE(second.finish());
+
+                bool enabled = true;
+                EXPECT_TRUE(ZAMOFW().fwStatus(enabled));
+                EXPECT_FALSE(enabled);
+                EXPECT_FALSE(kernel_.isClosed());
+                ASSERT_FALSE(kernel_.hasRules());
+            }
+        }
+    }
+    EXPECT_EQ(log_.take(), Lines{});
 }
 
 }  // namespace
