@@ -201,4 +201,26 @@ TEST_F(ApplyCycle, EndsWithEmptyChainsWhereverADisableMeetsAReload) {
     EXPECT_EQ(log_.take(), Lines{});
 }
 
+TEST_F(ApplyCycle, TakesEveryKindOfTextAsAClientAndOnlyABoolAsTheFlag) {
+    const auto listFor = [](auto argument) {
+        Json::Value list;
+        EXPECT_TRUE(ZAMOFW().fwIptablesRulesEnum("home", list, argument));
+        return list;
+    };
+    (void)setenv("CLIENT", "10.0.0.9", 1);
+    const Json::Value forClient = listFor(std::string("10.0.0.9"));
+    const Json::Value forNobody = listFor(std::string());
+    EXPECT_NE(forClient, forNobody);
+    EXPECT_EQ(listFor(std::getenv("CLIENT")), forClient);
+    EXPECT_EQ(listFor("10.0.0.9"), forClient);
+    EXPECT_EQ(listFor(std::getenv("NO_SUCH_VARIABLE")), forNobody);
+    EXPECT_EQ(listFor(true), forNobody);
+    EXPECT_NE(listFor(false), forNobody);
+
+    // Not through a parameter, which would turn the array into a pointer.
+    Json::Value list;
+    EXPECT_TRUE(ZAMOFW().fwIptablesRulesEnum("home", list, "10.0.0.9"));
+    EXPECT_EQ(list, forClient);
+}
+
 }  // namespace
