@@ -1,4 +1,4 @@
-// The hooks by which other packages learn that the firewall is switched on or off.
+// Hooks tell other packages that the firewall is switched on or off.
 #ifndef ZAMOFIREWALL_HOOK_H
 #define ZAMOFIREWALL_HOOK_H
 
@@ -9,9 +9,10 @@
 
 namespace FW {
 
-// Runs the plug-ins of a hook and waits for them. They find the outcome of the operation in
-// "RESULT": "0" or "-1". False, with a line in the system log, when a plug-in failed or the
-// plug-ins could not be run.
+// Runs the plug-ins of a hook and waits for them, however long they take. Their argument "RESULT"
+// is the outcome of the operation: "0" or, after a failure, "-1". False, with a line in the system
+// log, if a plug-in failed or could not be run. What is said about signals at ZAMOFW (controller.h)
+// holds here too.
 class ZAMOFW_EXPORT ZamoFwHook {
   public:
     enum HookAction : std::int32_t {

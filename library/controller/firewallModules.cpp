@@ -33,7 +33,7 @@ bool firewallModLoad() {
     return true;
 }
 
-// The messages of the removal are those of the insertion: fixed texts.
+// fixed texts: the messages of a removal are those of an insertion
 bool firewallModUnload() {
     if (!ZAMO_IPTABLES_MODULES::isModuleLoad(kOwner)) {
         return true;

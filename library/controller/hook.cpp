@@ -13,7 +13,7 @@ constexpr const char* kEnableHook = "net/firewall_enable";
 constexpr const char* kDisableHook = "net/firewall_disable";
 constexpr const char* kResultArgument = "RESULT";
 
-// Released in any case: the platform may have to undo a failed initialisation too.
+// Always released: the platform may have something to undo even if init() failed.
 class Plugins {
   public:
     Plugins() = default;

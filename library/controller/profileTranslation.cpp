@@ -1,4 +1,4 @@
-// From a profile's name to its command list, and the adapters that a profile may name.
+// Turning a stored profile into a command list, and listing the adapters that a profile may name.
 
 #include <zamo/core.h>
 

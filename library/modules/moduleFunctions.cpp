@@ -1,4 +1,4 @@
-// The module groups for programs that do not use the classes.
+// The functions for C programs that load and unload modules.
 
 #include <string>
 

@@ -1,4 +1,4 @@
-// The groups of modules, from the module list file.
+// Reading the groups of modules from the module list file.
 
 #include <zamo/core.h>
 
@@ -25,7 +25,7 @@ bool groupGet(const std::string& key, std::string& names) {
     return true;
 }
 
-// Two blanks in a row hold an empty name between them.
+// Every blank separates: between two in a row is an empty name, which the platform gets too.
 void splitNames(const std::string& names, std::vector<std::string>& modules) {
     boost::algorithm::split(modules, names, boost::algorithm::is_any_of(" "));
 }

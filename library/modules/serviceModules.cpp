@@ -1,4 +1,4 @@
-// Loading and unloading of modules, and the note of which service has its modules loaded.
+// Loading and unloading modules, and the file that says which service has its modules loaded.
 
 #include <zamo/core.h>
 #include <zamo/km.h>
@@ -27,7 +27,7 @@ constexpr int kLockSeconds = 30;
 
 using ModuleNames = std::vector<std::string>;
 
-// The modules as the platform takes them.
+// Module names in the form that the platform takes.
 class PlatformList {
   public:
     PlatformList() : list_(VLIBCSzListAlloc(kListCapacity)) {}
@@ -55,8 +55,8 @@ class PlatformList {
     VLIBCSzList* list_;
 };
 
-// Serialises the writers of the note. A lock that cannot be had is logged and done without: the
-// note must be written in any case, or the modules would never be unloaded.
+// Serialises the writers of the flags. If the lock is not acquired in time, the writer goes on
+// without it: the flag must be stored in any case, or the modules would never be unloaded.
 class NoteLock {
   public:
     NoteLock() {
@@ -80,7 +80,7 @@ class NoteLock {
     int descriptor_ = -1;
 };
 
-// The file stands where the key is announced, and the key where the file is: a fixed text.
+// fixed text: the message names the file where it announces the key, and the other way round
 bool noteSet(const std::string& service, const char* value) {
     const NoteLock lock;
     if (VLIBCFileSetKeyValue(kModuleNoteFile, service.c_str(), value, 0) < 0) {

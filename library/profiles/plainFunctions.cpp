@@ -1,4 +1,4 @@
-// The firewall's functions for programs that do not use the classes.
+// The functions for C programs, except those about kernel modules.
 
 #include <zamo/core.h>
 
