@@ -1,17 +1,10 @@
-// A small management program: what the library's classes are for, one command each.
-//
-//   firewall-control enable | disable | reload | status
-//   firewall-control store FILE            store the profile document (its "name" names it)
-//   firewall-control use NAME              put a stored profile into force
-//   firewall-control try FILE [ADDRESS]    try an edited profile out, for a client's address
-//   firewall-control adopt NAME            keep what was tried, and reload
-//   firewall-control forget NAME           drop what was tried, and reload
-//   firewall-control ask ADAPTER PORT      would this TCP port be blocked?
-//   firewall-control rename OLD NEW        move an adapter's rules to its new name
-//   firewall-control export FILE | import FILE
+// A small management program that uses the library's classes, one command each. Run it as root.
 
+#include <syslog.h>
 #include <zamofirewall/zamofirewall.h>
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -20,14 +13,70 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
+constexpr const char* kUsage = R"(usage: firewall-control COMMAND [ARGUMENT]...
+  enable | disable | reload | status
+  store FILE            store the profile document (its "name" names it)
+  use NAME              put a stored profile into force
+  try FILE [ADDRESS]    try an edited profile, on behalf of a client
+  adopt NAME            keep the profile that was tried, and reload
+  forget NAME           drop the profile that was tried, and reload
+  ask ADAPTER PORT      would this TCP port be blocked?
+  rename OLD NEW        move an adapter's rules to its new name
+  export FILE | import FILE
+)";
+
+// The library logs its own failures; the others are told here. Always false.
+bool complain(const std::string& text) {
+    std::cerr << "firewall-control: " << text << "\n";
+    return false;
+}
+
 bool readDocument(const std::string& path, Json::Value& document) {
     std::ifstream file(path);
-    return Json::Reader().parse(file, document);
+    if (!file) {
+        return complain("cannot read " + path + ": " + std::strerror(errno));
+    }
+    Json::Reader reader;
+    try {
+        return reader.parse(file, document) ||
+               complain(path + " is not JSON:\n" + reader.getFormattedErrorMessages());
+    } catch (const Json::Exception& error) {
+        return complain(path + " is not usable: " + error.what());
+    }
 }
 
 bool readProfile(const std::string& path, FW::FWPROFILE& profile) {
     Json::Value document;
-    return readDocument(path, document) && FW::ZAMOFW_PROFILE().jsonToProfile(document, profile);
+    if (!readDocument(path, document)) {
+        return false;
+    }
+    if (!FW::ZAMOFW_PROFILE().jsonToProfile(document, profile)) {
+        return complain(path + " is not a profile: a member has the wrong type");
+    }
+    return !profile.name.empty() || complain(path + " is not a profile: it has no \"name\"");
+}
+
+// Closing the policies comes before the first line that needs a chain. So without the chains the
+// policies would stay closed.
+bool chainsExist() {
+    FW::ZAMOFW firewall;
+    for (const std::string program : {"/sbin/iptables", "/sbin/ip6tables"}) {
+        for (const std::string chain : {"INPUT", "FORWARD"}) {
+            for (const std::string& target :
+                 {chain + "_FIREWALL", std::string("FIREWALL_RELOADING")}) {
+                if (!firewall.cmdExec(program + " -C " + chain + " -j " + target)) {
+                    return complain(chain + " does not jump to " + target +
+                                    "; as root, run zamofw-chains first");
+                }
+            }
+        }
+    }
+    return true;
+}
+
+bool chainsExistIfEnabled() {
+    bool enabled = false;
+    return FW::ZAMOFW().fwStatus(enabled) && (!enabled || chainsExist());
 }
 
 bool status(const Arguments&) {
@@ -72,7 +121,11 @@ bool ask(const Arguments& arguments) {
     if (!FW::ZAMOFW().fwPortIsBlocked(port, arguments[0], result)) {
         return false;
     }
-    switch (result[arguments[0]]) {
+    const auto answer = result.find(arguments[0]);
+    if (answer == result.end()) {
+        return complain("no adapter is named");
+    }
+    switch (answer->second) {
         case FW::FW_POLICY_DENY:
             std::cout << "blocked\n";
             return true;
@@ -92,7 +145,7 @@ bool exportTo(const Arguments& arguments) {
     }
     std::ofstream file(arguments[0]);
     file << Json::StyledWriter().write(document) << std::flush;
-    return file.good();
+    return file.good() || complain("cannot write " + arguments[0] + ": " + std::strerror(errno));
 }
 
 bool importFrom(const Arguments& arguments) {
@@ -100,31 +153,40 @@ bool importFrom(const Arguments& arguments) {
     return readDocument(arguments[0], document) && FW::ZAMOFW_PROFILE().importConfig(document);
 }
 
+bool use(const Arguments& arguments) {
+    return FW::ZAMOFW().fwProfileConfigSet(arguments[0], /*reload=*/true);
+}
+
+bool rename(const Arguments& arguments) {
+    return FW::ZAMOFW_PROFILE().profileChangeAdapter(arguments[0], arguments[1], /*reload=*/true);
+}
+
 struct Command {
     std::size_t minArguments;
     std::size_t maxArguments;
+    bool (*isReady)();
     std::function<bool(const Arguments&)> run;
 };
 
+bool always() {
+    return true;
+}
+
 const std::map<std::string, Command> kCommands = {
-    {"enable", {0, 0, [](const Arguments&) { return FW::ZAMOFW().fwEnable(); }}},
-    {"disable", {0, 0, [](const Arguments&) { return FW::ZAMOFW().fwDisable(); }}},
-    {"reload", {0, 0, [](const Arguments&) { return FW::ZAMOFW().fwReload(true); }}},
-    {"status", {0, 0, status}},
-    {"store", {1, 1, store}},
-    {"use", {1, 1, [](const Arguments& a) { return FW::ZAMOFW().fwProfileConfigSet(a[0], true); }}},
-    {"try", {1, 2, tryOut}},
-    {"adopt", {1, 1, adopt}},
-    {"forget", {1, 1, forget}},
-    {"ask", {2, 2, ask}},
-    {"rename",
-     {2,
-      2,
-      [](const Arguments& a) {
-          return FW::ZAMOFW_PROFILE().profileChangeAdapter(a[0], a[1], /*reload=*/true);
-      }}},
-    {"export", {1, 1, exportTo}},
-    {"import", {1, 1, importFrom}},
+    {"enable", {0, 0, chainsExist, [](const Arguments&) { return FW::ZAMOFW().fwEnable(); }}},
+    {"disable", {0, 0, always, [](const Arguments&) { return FW::ZAMOFW().fwDisable(); }}},
+    {"reload",
+     {0, 0, chainsExistIfEnabled, [](const Arguments&) { return FW::ZAMOFW().fwReload(true); }}},
+    {"status", {0, 0, always, status}},
+    {"store", {1, 1, always, store}},
+    {"use", {1, 1, chainsExistIfEnabled, use}},
+    {"try", {1, 2, chainsExist, tryOut}},
+    {"adopt", {1, 1, chainsExistIfEnabled, adopt}},
+    {"forget", {1, 1, chainsExistIfEnabled, forget}},
+    {"ask", {2, 2, always, ask}},
+    {"rename", {2, 2, chainsExistIfEnabled, rename}},
+    {"export", {1, 1, always, exportTo}},
+    {"import", {1, 1, always, importFrom}},
 };
 
 }  // namespace
@@ -135,16 +197,18 @@ int main(int argc, char** argv) {
     const Arguments arguments(all.begin() + (all.empty() ? 0 : 1), all.end());
     if (command == kCommands.end() || arguments.size() < command->second.minArguments ||
         arguments.size() > command->second.maxArguments) {
-        std::cerr << "usage: firewall-control COMMAND [ARGUMENT]...; see the head of its source\n";
+        std::cerr << kUsage;
         return 2;
     }
+    // Without this the library's lines reach the system log only, if there is one.
+    openlog("firewall-control", LOG_PERROR, LOG_USER);
     try {
-        if (command->second.run(arguments)) {
+        if (command->second.isReady() && command->second.run(arguments)) {
             return 0;
         }
-        std::cerr << "failed; see the system log\n";
+        (void)complain(all[0] + " failed");
     } catch (const std::exception& error) {
-        std::cerr << "no lock can be had: " << error.what() << "\n";
+        (void)complain(std::string("cannot open a lock file: ") + error.what());
     }
     return 1;
 }

@@ -1,35 +1,41 @@
 /*
- * Lets a network service ask for its ports, as its own start and stop scripts would do it.
+ * Opens the ports of a network service, as the service's own start and stop scripts would.
  *
- *   service-access check SERVICE [ADAPTER]   is it reachable? prints the answer
- *   service-access allow SERVICE[,...]       reserve it in every profile, and reload
+ *   service-access check SERVICE [ADAPTER]   prints whether it is reachable
+ *   service-access allow SERVICE[,...]       reserves it in every profile, and reloads
  *   service-access deny SERVICE[,...]
- *   service-access remove SERVICE            take it out of every profile, and reload
+ *   service-access remove SERVICE            removes it from every profile, and reloads
  */
 #include <stdio.h>
 #include <string.h>
+#include <syslog.h>
 #include <zamofirewall/zamofirewall_c.h>
+
+static int report(int result) {
+    if (result != 0) {
+        fprintf(stderr, "service-access: failed; the lines above say why\n");
+        return 1;
+    }
+    return 0;
+}
 
 static int check(const char* service, const char* adapter) {
     const int answer = ZAMOFwPortsCheckAllowByAdapter(adapter, service);
     if (answer < 0) {
-        fprintf(stderr, "the firewall does not tell; see the system log\n");
-        return 1;
+        return report(answer);
     }
     printf("%s\n", answer == 1 ? "allowed" : "blocked");
     return 0;
 }
 
-static int report(int result) {
-    if (result != 0) {
-        fprintf(stderr, "failed; see the system log\n");
-        return 1;
-    }
-    return 0;
-}
-
 int main(int argc, char** argv) {
     const int reload = 1;
+    /* Without this the library's lines reach the system log only, if there is one. */
+    openlog("service-access", LOG_PERROR, LOG_USER);
+    if (argc >= 3 && argv[2][0] == '\0') {
+        fprintf(stderr, "service-access: the name of the service is empty\n");
+        return 2;
+    }
     if (argc >= 3 && argc <= 4 && strcmp(argv[1], "check") == 0) {
         return check(argv[2], argc == 4 ? argv[3] : NULL);
     }
