@@ -1,4 +1,4 @@
-// Another host on the wire, to try connections from.
+// A second host, from which tests try connections.
 #ifndef TESTS_INTEGRATION_NEIGHBOUR_H
 #define TESTS_INTEGRATION_NEIGHBOUR_H
 
@@ -10,8 +10,8 @@
 
 namespace test {
 
-// A host with a network of its own, joined to the test's host by eth0 (10.1.0.1/24, fd01::1/64
-// here) and eth1 (10.2.0.1/24).
+// It has its own network namespace. eth0 (10.1.0.1/24 and fd01::1/64 on this side) and eth1
+// (10.2.0.1/24) connect it with the test's host.
 class Neighbour {
   public:
     Neighbour();
@@ -19,8 +19,8 @@ class Neighbour {
     Neighbour(const Neighbour&) = delete;
     Neighbour& operator=(const Neighbour&) = delete;
 
-    // Those of the TCP ports that answer a connection from the source address, by accepting or by
-    // refusing it. All are tried at once, and `seconds` is the time that silence takes.
+    // The TCP ports that answer a connection from the source address, even if they refuse it. All
+    // are tried at the same time. A port without an answer after `seconds` counts as silent.
     std::set<int> answeringPorts(const std::string& source, const std::string& target,
                                  const std::vector<int>& ports, int seconds = 2) const;
 

@@ -1,7 +1,10 @@
-// The library on the real platform, the real iptables and the shipped data, with real packets.
+// The library with the real platform, the real iptables, the shipped data and real packets.
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <random>
 
@@ -57,7 +60,7 @@ TEST_F(RealFirewall, AnswersQueriesAsTheKernelDecides) {
         ports.push_back(port);
     }
     for (int round = 0; round < 4; ++round) {
-        // Rules for every address: the kernel and the query speak of the same thing.
+        // Rules for every address, so that the query has no third answer.
         std::map<std::string, std::vector<FWRULE>> rules;
         for (int i = 0; i < 12; ++i) {
             const FW::FW_POLICY policy = random() % 2 == 0 ? FW_POLICY_ALLOW : FW_POLICY_DENY;
@@ -95,7 +98,7 @@ TEST_F(RealFirewall, ServesSeveralProcessesAtOnce) {
     for (int process = 0; process < 3; ++process) {
         children.push_back(test::startProcess(
             [] { return FW::ZAMOFW().fwReload(true) && FW::ZAMOFW().fwReload(true) ? 0 : 1; }));
-        // The answer beside a running reload comes from the files, which do not change.
+        // Queries read the files, so a running reload does not change the answers.
         children.push_back(test::startProcess([] {
             for (int i = 0; i < 50; ++i) {
                 if (ZAMOFwPortsCheckAllowByAdapter("eth0", "ssh") != 1 ||
@@ -127,6 +130,31 @@ TEST_F(RealFirewall, ServesSeveralProcessesAtOnce) {
     }
     FWPROFILE profile;
     EXPECT_TRUE(FW::ZAMOFW_PROFILE().profileGet("home", profile)) << "every file is whole";
+    EXPECT_EQ(log_.take(), Lines{});
+}
+
+TEST_F(RealFirewall, OpensThePoliciesBeforeASignalEndsAReload) {
+    store({{"eth0", std::vector<FWRULE>(40, test::portRule(FW_POLICY_ALLOW, {"22"}))}},
+          {{"eth0", FW_POLICY_DENY}});
+    ASSERT_TRUE(FW::ZAMOFW().fwEnable());
+    // Nearly all of a reload's time is spent behind closed policies, so most signals meet them.
+    for (const useconds_t delay : {100000U, 137000U, 211000U, 283000U}) {
+        (void)std::signal(SIGINT, SIG_DFL);
+        const pid_t reloader = test::startProcess([] {
+            while (FW::ZAMOFW().fwReload(true)) {
+            }
+            return 1;
+        });
+        (void)usleep(delay);
+        (void)kill(reloader, SIGINT);
+        EXPECT_EQ(test::waitFor(reloader), -1) << "ended by the signal";
+        EXPECT_EQ(listed().find("-P INPUT DROP"), std::string::npos) << listed();
+        EXPECT_EQ(listed().find("-P FORWARD DROP"), std::string::npos) << listed();
+        EXPECT_EQ(listed().find("-A FIREWALL_RELOADING"), std::string::npos) << listed();
+        bool enabled = false;
+        EXPECT_TRUE(FW::ZAMOFW().fwStatus(enabled));
+        EXPECT_TRUE(enabled);
+    }
     EXPECT_EQ(log_.take(), Lines{});
 }
 
