@@ -7,10 +7,13 @@
 
 #include <syslog.h>
 
-#define FW_LOG(priority, format, ...) \
-    syslog((priority), "%s:%d " format, kLogModule, __LINE__, ##__VA_ARGS__)
+#define FW_LOG(priority, ...) FW_LOG_ENDED(priority, __VA_ARGS__, "")
 
 // Logs a failure and evaluates to false, so that a function can log and return in one statement.
-#define FW_FAILURE(format, ...) (FW_LOG(LOG_ERR, format, ##__VA_ARGS__), false)
+#define FW_FAILURE(...) (FW_LOG(LOG_ERR, __VA_ARGS__), false)
+
+// In C++17 a macro's variable part must not be empty, so an empty text ends it.
+#define FW_LOG_ENDED(priority, format, ...) \
+    syslog((priority), "%s:%d " format "%s", kLogModule, __LINE__, __VA_ARGS__)
 
 #endif
