@@ -3,6 +3,7 @@
 #include <zamo/core.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 
@@ -13,8 +14,27 @@ namespace {
 
 constexpr const char* kLogModule = "fwIptables";
 constexpr const char* kNetworkTool = "/usr/zamo/sbin/zamonetdtool";
-// More than any interface name; what the tool prints is no reason to take more memory.
-constexpr std::size_t kLineSize = 256;
+// Longer than any interface name. The tool's output must not make the caller use more memory.
+constexpr std::size_t kMaxLine = 255;
+
+// Reads a line with its line feed. A signal whose handler was installed without SA_RESTART
+// interrupts a read; the line goes on after it. fgets() would drop what it has read by then.
+bool readLine(FILE* stream, std::string& line) {
+    while (line.size() < kMaxLine) {
+        const int character = std::getc(stream);
+        if (character != EOF) {
+            line += static_cast<char>(character);
+            if (character == '\n') {
+                return true;
+            }
+        } else if (std::ferror(stream) != 0 && errno == EINTR) {
+            std::clearerr(stream);
+        } else {
+            return std::ferror(stream) == 0 && !line.empty();
+        }
+    }
+    return true;
+}
 
 }  // namespace
 
@@ -23,16 +43,16 @@ std::string ipv6RouterInterface(const std::string& interface) {
         kNetworkTool, "--get-ipv6-router-interface", interface.c_str(), nullptr};
     const std::unique_ptr<FILE, int (*)(FILE*)> stream(VLIBCPopen("r", arguments.data()),
                                                        VLIBCPclose);
-    if (!stream) {
+    if (stream == nullptr) {
         FW_LOG(LOG_ERR, "Failed to exec zamonetdtool with VLIBCPopen().");
         return interface;
     }
-    std::array<char, kLineSize> line = {};
-    if (std::fgets(line.data(), static_cast<int>(line.size()), stream.get()) == nullptr) {
+    std::string line;
+    if (!readLine(stream.get(), line)) {
         FW_LOG(LOG_ERR, "Failed to getline after VLIBCPopen().");
         return interface;
     }
-    return line.data();
+    return line.c_str();  // NOLINT(readability-redundant-string-cstr): the name ends at a NUL
 }
 
 }  // namespace FW

@@ -81,6 +81,9 @@ FILE* VLIBCPopen(const char* mode, const char* const argv[]) {
     }
     const auto router = platform().routers.find(interface);
     const std::string answer = router == platform().routers.end() ? interface : router->second;
+    if (platform().openAnswer) {
+        return platform().openAnswer(answer);
+    }
     FILE* stream = std::tmpfile();
     std::fputs(answer.c_str(), stream);
     std::rewind(stream);

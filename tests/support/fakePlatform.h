@@ -3,6 +3,7 @@
 #ifndef TESTS_SUPPORT_FAKEPLATFORM_H
 #define TESTS_SUPPORT_FAKEPLATFORM_H
 
+#include <cstdio>
 #include <functional>
 #include <map>
 #include <string>
@@ -30,6 +31,8 @@ struct FakePlatform {
     bool pppoeFails = false;
     // What the network tool prints; an interface that is not here gets its own name.
     std::map<std::string, std::string> routers;
+    // Opens what the network tool prints; by default a file that holds it.
+    std::function<FILE*(const std::string& answer)> openAnswer;
 };
 
 // The one that is asked. clearPlatform() makes it anew.
