@@ -1,10 +1,10 @@
 // Whether the profile in force lets a port or a service through, without asking the kernel.
 
-#include <array>
 #include <cstdlib>
 
 #include "library/logging/log.h"
 #include "library/model/names.h"
+#include "library/profiles/policyStep.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profileDatabase.h"
 
@@ -24,88 +24,6 @@ constexpr std::int32_t kSource = 1;
 constexpr std::int32_t kDestination = 0;
 
 using Answers = std::map<std::string, FW_POLICY>;
-
-// What a rule that matches the port makes of the answer so far, and whether the walk ends there.
-struct Step {
-    std::int32_t answer;
-    bool isLast;
-};
-constexpr std::int32_t kRulePolicy = -1;
-constexpr bool kStop = true;
-constexpr bool kNext = false;
-
-constexpr std::int32_t kAllow = FW_POLICY_ALLOW;
-constexpr std::int32_t kDeny = FW_POLICY_DENY;
-constexpr std::int32_t kPartial = FW_POLICY_PARTIAL;
-constexpr std::int32_t kPartialAllow = FW_POLICY_PARTIAL_ALLOW;
-constexpr std::int32_t kPartialDeny = FW_POLICY_PARTIAL_DENY;
-
-// One step per policy of the rule: ALLOW, DENY, any other.
-using Row = std::array<Step, 3>;
-
-// The tables are complete, and kept as they are: management programs show their answers. That a
-// rule for some addresses that agrees with the answer so far resets it to ALLOW is one of them.
-
-// clang-format off
-// For a rule that is valid for every address.
-constexpr std::array<Row, 4> kEveryAddress = {{
-    // ALLOW                   DENY                     other
-    {{{kRulePolicy, kStop},    {kRulePolicy, kStop},    {kRulePolicy, kStop}}},  // ALLOW, DENY, NONE
-    {{{kAllow, kStop},         {kPartialAllow, kStop},  {kAllow, kStop}}},       // PARTIAL_ALLOW
-    {{{kPartialDeny, kStop},   {kDeny, kStop},          {kAllow, kStop}}},       // PARTIAL_DENY
-    {{{kAllow, kStop},         {kAllow, kStop},         {kAllow, kStop}}},       // PARTIAL, unknown
-}};
-
-// For a rule that is valid for some addresses only.
-constexpr std::array<Row, 5> kSomeAddresses = {{
-    // ALLOW                   DENY                     other
-    {{{kAllow, kNext},         {kAllow, kNext},         {kAllow, kNext}}},  // the rule's own policy
-    {{{kPartialAllow, kNext},  {kPartialDeny, kNext},   {kAllow, kNext}}},  // another of these three
-    {{{kAllow, kNext},         {kPartial, kStop},       {kAllow, kStop}}},  // PARTIAL_ALLOW
-    {{{kPartial, kStop},       {kAllow, kNext},         {kAllow, kStop}}},  // PARTIAL_DENY
-    {{{kAllow, kStop},         {kAllow, kStop},         {kAllow, kStop}}},  // PARTIAL, unknown
-}};
-// clang-format on
-
-const Row& everyAddressRow(std::int32_t answer) {
-    switch (answer) {
-        case FW_POLICY_ALLOW:
-        case FW_POLICY_DENY:
-        case FW_POLICY_NONE:
-            return kEveryAddress[0];
-        case FW_POLICY_PARTIAL_ALLOW:
-            return kEveryAddress[1];
-        case FW_POLICY_PARTIAL_DENY:
-            return kEveryAddress[2];
-    }
-    return kEveryAddress[3];
-}
-
-const Row& someAddressesRow(std::int32_t answer, std::int32_t policy) {
-    switch (answer) {
-        case FW_POLICY_ALLOW:
-        case FW_POLICY_DENY:
-        case FW_POLICY_NONE:
-            return kSomeAddresses[answer == policy ? 0 : 1];
-        case FW_POLICY_PARTIAL_ALLOW:
-            return kSomeAddresses[2];
-        case FW_POLICY_PARTIAL_DENY:
-            return kSomeAddresses[3];
-    }
-    return kSomeAddresses[4];
-}
-
-const Step& stepFor(const FWRULE& rule, std::int32_t answer) {
-    const Row& row = rule.ipGroup == FW_IP_GROUP_ALL ? everyAddressRow(answer)
-                                                     : someAddressesRow(answer, rule.policy);
-    switch (static_cast<std::int32_t>(rule.policy)) {
-        case FW_POLICY_ALLOW:
-            return row[0];
-        case FW_POLICY_DENY:
-            return row[1];
-    }
-    return row[2];
-}
 
 void setAnswer(Answers& answers,
                const std::string& adapter,
@@ -236,8 +154,8 @@ void ZAMOFW::rulesPortCheck(const std::string& name,
         }
         denySeen = denySeen || rule.policy == FW_POLICY_DENY;
         FW_POLICY& answer = result[name];
-        const Step& step = stepFor(rule, answer);
-        answer = step.answer == kRulePolicy ? rule.policy : static_cast<FW_POLICY>(step.answer);
+        const PolicyStep step = policyStep(rule, answer);
+        answer = step.answer;
         if (step.isLast) {
             break;
         }
