@@ -161,25 +161,6 @@ class ZAMOFW_EXPORT ZAMOFW : public ZAMOFW_IPTABLES_RULES {
 
     // Flushes the firewall's chains, all of them even if one fails.
     bool fwClear();
-
-  private:
-    struct RulePorts;
-    ZAMOFW_LOCAL void profilePortCheck(const FWPROFILE& profile,
-                                       const PortCompareST& port,
-                                       const std::string& adapter,
-                                       std::map<std::string, FW_POLICY>& result);
-    ZAMOFW_LOCAL void rulesPortCheck(const std::string& name,
-                                     const std::vector<FWRULE>& rules,
-                                     const PortCompareST& port,
-                                     std::map<std::string, FW_POLICY>& result);
-    ZAMOFW_LOCAL bool ruleMatches(const FWRULE& rule, const PortCompareST& port);
-    ZAMOFW_LOCAL bool servicesMatch(const std::vector<std::string>& services,
-                                    const PortCompareST& port,
-                                    bool deny);
-    ZAMOFW_LOCAL static bool portCompare(const RulePorts& rule,
-                                         const PortCompareST& query,
-                                         bool deny);
-    ZAMOFW_LOCAL static std::pair<long, long> portRangeParse(const std::string& text);
 };
 
 }  // namespace FW

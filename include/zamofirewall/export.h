@@ -3,6 +3,5 @@
 #define ZAMOFIREWALL_EXPORT_H
 
 #define ZAMOFW_EXPORT __attribute__((visibility("default")))
-#define ZAMOFW_LOCAL __attribute__((visibility("hidden")))
 
 #endif

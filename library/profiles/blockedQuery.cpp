@@ -1,22 +1,13 @@
 // Whether the profile in force lets a port or a service through, without asking the kernel.
 
-#include <cstdlib>
-
 #include "library/logging/log.h"
 #include "library/model/names.h"
+#include "library/profiles/inForce.h"
 #include "library/profiles/policyStep.h"
+#include "library/profiles/portMatch.h"
 #include "zamofirewall/controller.h"
-#include "zamofirewall/profileDatabase.h"
 
 namespace FW {
-
-// The ports that a rule speaks of.
-struct ZAMOFW::RulePorts {
-    std::int32_t portDirect;
-    std::int32_t protocol;
-    const std::vector<std::string>& ports;
-};
-
 namespace {
 
 constexpr const char* kLogModule = "zamoFW";
@@ -50,7 +41,7 @@ void replaceWorkingValues(Answers& answers) {
     }
 }
 
-// Of the answers for several ports the most severe one counts.
+// The most severe of the answers for several ports counts.
 int severityOf(std::int32_t answer) {
     switch (answer) {
         case FW_POLICY_ALLOW:
@@ -82,74 +73,15 @@ void appendQueries(std::int32_t direction,
     }
 }
 
-}  // namespace
-
-std::pair<long, long> ZAMOFW::portRangeParse(const std::string& text) {
-    const auto number = [](const std::string& digits) {
-        return std::strtol(digits.c_str(), nullptr, 10);
-    };
-    const std::size_t dash = text.find('-');
-    if (dash == std::string::npos) {
-        return {number(text), number(text)};
-    }
-    return {number(text.substr(0, dash)), number(text.substr(dash + 1))};
-}
-
-// A deny rule blocks the query if it covers a bit of it, another rule must cover all of it.
-bool ZAMOFW::portCompare(const RulePorts& rule, const PortCompareST& query, bool deny) {
-    const bool sameProtocol = rule.protocol == FW_PROTOCOL_BOTH ||
-                              rule.protocol == query.protocol ||
-                              (deny && query.protocol == FW_PROTOCOL_BOTH);
-    if (!sameProtocol || rule.portDirect != query.portDirect) {
-        return false;
-    }
-    const auto [queryLow, queryHigh] = portRangeParse(query.port);
-    for (const std::string& port : rule.ports) {
-        const auto [low, high] = portRangeParse(port);
-        if (deny ? high >= queryLow && low <= queryHigh : low <= queryLow && high >= queryHigh) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool ZAMOFW::ruleMatches(const FWRULE& rule, const PortCompareST& port) {
-    const bool deny = rule.policy == FW_POLICY_DENY;
-    switch (rule.portGroup) {
-        case FW_PORT_GROUP_SERVICE:
-        case FW_PORT_GROUP_RESERVED_SERVICE:
-            return servicesMatch(rule.portList, port, deny);
-        case FW_PORT_GROUP_PORT:
-            return portCompare({rule.portDirect, rule.protocol, rule.portList}, port, deny);
-        case FW_PORT_GROUP_ALL:
-            return true;
-    }
-    return false;
-}
-
-bool ZAMOFW::servicesMatch(const std::vector<std::string>& services,
-                           const PortCompareST& port,
-                           bool deny) {
-    ServPort servicePorts;
-    if (!servToPorts(services, servicePorts)) {
-        return FW_FAILURE("Failed to servToPorts()");
-    }
-    const bool source = port.portDirect == kSource;
-    for (const auto& [protocol, ports] : source ? servicePorts.srcPorts : servicePorts.dstPorts) {
-        if (portCompare({source ? kSource : kDestination, protocol, ports}, port, deny)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-void ZAMOFW::rulesPortCheck(const std::string& name,
-                            const std::vector<FWRULE>& rules,
-                            const PortCompareST& port,
-                            Answers& result) {
+// The walk of one adapter's rules.
+void rulesPortCheck(const std::string& name,
+                    const std::vector<FWRULE>& rules,
+                    const PortQuery& port,
+                    RuleMatcher& matcher,
+                    Answers& result) {
     bool denySeen = false;
     for (const FWRULE& rule : rules) {
-        if (!rule.enable || !ruleMatches(rule, port)) {
+        if (!rule.enable || !matcher.matches(rule, port)) {
             continue;
         }
         denySeen = denySeen || rule.policy == FW_POLICY_DENY;
@@ -166,10 +98,11 @@ void ZAMOFW::rulesPortCheck(const std::string& name,
     }
 }
 
-void ZAMOFW::profilePortCheck(const FWPROFILE& profile,
-                              const PortCompareST& port,
-                              const std::string& adapter,
-                              Answers& result) {
+void profilePortCheck(const FWPROFILE& profile,
+                      const PortQuery& port,
+                      const std::string& adapter,
+                      RuleMatcher& matcher,
+                      Answers& result) {
     const auto policy = profile.adapterPolicyMap.find(adapter);
     result[kGlobalAdapter] = FW_POLICY_NONE;
     if (adapter.empty()) {
@@ -182,7 +115,7 @@ void ZAMOFW::profilePortCheck(const FWPROFILE& profile,
 
     const auto global = profile.rules.find(kGlobalAdapter);
     if (global != profile.rules.end()) {
-        rulesPortCheck(kGlobalAdapter, global->second, port, result);
+        rulesPortCheck(kGlobalAdapter, global->second, port, matcher, result);
         if (isDecided(result[kGlobalAdapter])) {
             setAnswer(result, adapter, profile.adapterPolicyMap, result[kGlobalAdapter]);
             return;
@@ -191,37 +124,51 @@ void ZAMOFW::profilePortCheck(const FWPROFILE& profile,
     if (!adapter.empty() && policy == profile.adapterPolicyMap.end()) {
         result[adapter] = FW_POLICY_ALLOW;
     }
+    // The global rules are walked a second time here, from the answer that they gave.
     for (const auto& [name, rules] : profile.rules) {
         if (adapter.empty() || name == adapter) {
-            rulesPortCheck(name, rules, port, result);
+            rulesPortCheck(name, rules, port, matcher, result);
         }
     }
 }
 
-bool ZAMOFW::fwPortIsBlocked(const PortCompareST& port,
-                             const std::string& adapter,
-                             Answers& result) {
-    bool enabled = false;
-    if (!fwStatus(enabled)) {
-        return FW_FAILURE("Failed to check firewall status");
+// A query about one or more ports. What it has parsed for one port serves the next one.
+struct Query {
+    const std::string& adapter;
+    RuleMatcher matcher;
+    InForce inForce;
+};
+
+bool portCheck(const PortCompareST& port, Query& query, Answers& result) {
+    if (!readProfileInForce(query.inForce)) {
+        return false;
     }
-    if (!enabled) {
-        if (!adapter.empty()) {
-            result[adapter] = FW_POLICY_ALLOW;
+    if (!query.inForce.enabled) {
+        if (!query.adapter.empty()) {
+            result[query.adapter] = FW_POLICY_ALLOW;
         }
         return true;
     }
-    std::string name;
-    if (!fwProfileConfigGet(name)) {
-        return FW_FAILURE("Failed to fwProfileConfigGet()");
-    }
-    FWPROFILE profile;
-    if (!ZAMOFW_JSON_DB().profileGet(name, profile)) {
-        return FW_FAILURE("Failed to profileGet(%s)", name.c_str());
-    }
-    profilePortCheck(profile, port, adapter, result);
+    query.matcher.setProfile(query.inForce.profile);
+    profilePortCheck(
+        *query.inForce.profile, parseQuery(port), query.adapter, query.matcher, result);
     replaceWorkingValues(result);
     return true;
+}
+
+ServiceLookup lookupIn(ZAMOFW_IPTABLES_RULES& translator) {
+    return [&translator](const std::vector<std::string>& services, ServPort& ports) {
+        return translator.servToPorts(services, ports);
+    };
+}
+
+}  // namespace
+
+bool ZAMOFW::fwPortIsBlocked(const PortCompareST& port,
+                             const std::string& adapter,
+                             Answers& result) {
+    Query query = {adapter, RuleMatcher(lookupIn(*this)), {}};
+    return portCheck(port, query, result);
 }
 
 bool ZAMOFW::fwServIsBlocked(const std::string& service,
@@ -234,9 +181,10 @@ bool ZAMOFW::fwServIsBlocked(const std::string& service,
     std::vector<PortCompareST> queries;
     appendQueries(kSource, ports.srcPorts, queries);
     appendQueries(kDestination, ports.dstPorts, queries);
-    for (const PortCompareST& query : queries) {
+    Query query = {adapter, RuleMatcher(lookupIn(*this)), {}};
+    for (const PortCompareST& port : queries) {
         Answers partial;
-        if (!fwPortIsBlocked(query, adapter, partial)) {
+        if (!portCheck(port, query, partial)) {
             return FW_FAILURE("Failed to fwPortIsBlocked()");
         }
         mergeAnswers(partial, result);
