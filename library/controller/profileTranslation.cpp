@@ -4,7 +4,7 @@
 
 #include "library/logging/log.h"
 #include "library/model/names.h"
-#include "library/translate/interfaceNames.h"
+#include "library/translate/interfaceList.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profileDatabase.h"
 

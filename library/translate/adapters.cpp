@@ -8,7 +8,7 @@
 
 #include "library/logging/log.h"
 #include "library/model/names.h"
-#include "library/translate/interfaceNames.h"
+#include "library/translate/interfaceList.h"
 #include "zamofirewall/translator.h"
 
 namespace FW {

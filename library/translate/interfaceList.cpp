@@ -1,4 +1,4 @@
-#include "library/translate/interfaceNames.h"
+#include "library/translate/interfaceList.h"
 
 #include <zamo/core.h>
 #include <zamo/netsdk.h>

@@ -1,6 +1,6 @@
 // The interfaces that rules can name, as the platform reports them.
-#ifndef LIBRARY_TRANSLATE_INTERFACENAMES_H
-#define LIBRARY_TRANSLATE_INTERFACENAMES_H
+#ifndef LIBRARY_TRANSLATE_INTERFACELIST_H
+#define LIBRARY_TRANSLATE_INTERFACELIST_H
 
 #include <string>
 #include <vector>
