@@ -1,7 +1,5 @@
 // Turning a stored profile into a command list, and listing the adapters that a profile may name.
 
-#include <zamo/core.h>
-
 #include "library/logging/log.h"
 #include "library/model/names.h"
 #include "library/translate/interfaceList.h"
@@ -41,18 +39,10 @@ bool ZAMOFW::fwIptablesRulesEnum(std::string name, Json::Value& out, const std::
 
 bool ZAMOFW::fwAdapterEnum(std::set<std::string>& adapters) {
     std::vector<std::string> names;
-    const int count = interfaceNames(names);
-    if (count < 0) {
-        return FW_FAILURE("Failed to VLIBNetGetInterfaceInfo(%d) [0x%04X %s:%d]",
-                          count,
-                          static_cast<unsigned>(VLIBCErrGet()),
-                          VLIBCErrorGetFile(),
-                          VLIBCErrorGetLine());
+    if (!listInterfaces(kLogModule, names)) {
+        return false;
     }
     adapters.insert(names.begin(), names.end());
-    if (hasWireless()) {
-        adapters.insert(kWirelessInterface);
-    }
     adapters.insert(kPredefinedAdapters.begin(), kPredefinedAdapters.end());
     return true;
 }

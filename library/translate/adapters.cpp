@@ -88,16 +88,8 @@ bool ZAMOFW_IPTABLES_RULES::enabledAdapterEnum() {
         return true;
     }
     std::vector<std::string> names;
-    const int count = interfaceNames(names);
-    if (count < 0) {
-        return FW_FAILURE("Failed to VLIBNetGetInterfaceInfo(%d) [0x%04X %s:%d]",
-                          count,
-                          static_cast<unsigned>(VLIBCErrGet()),
-                          VLIBCErrorGetFile(),
-                          VLIBCErrorGetLine());
-    }
-    if (hasWireless()) {
-        names.emplace_back(kWirelessInterface);
+    if (!listInterfaces(kLogModule, names)) {
+        return false;
     }
     names.erase(std::unique(names.begin(), names.end()), names.end());
     enabledAdapters = std::move(names);

@@ -7,14 +7,10 @@
 
 namespace FW {
 
-// Appends the names of the interfaces that are up and configured, at most 32. The platform's
-// result, negative on failure; the platform's last error tells more.
-[[nodiscard]] int interfaceNames(std::vector<std::string>& names);
-
-// Whether the machine has a wireless interface, which the platform does not list while it is idle.
-[[nodiscard]] bool hasWireless();
-
-constexpr const char* kWirelessInterface = "wlan0";
+// Appends the names of the interfaces that are up and configured, at most 32, and the wireless one
+// on a machine that has it. False when the platform cannot list them; the failure is logged under
+// the caller's module name.
+[[nodiscard]] bool listInterfaces(const char* logModule, std::vector<std::string>& names);
 
 }  // namespace FW
 
