@@ -1,15 +1,15 @@
-// Which adapter names are usable now, and the interfaces that they stand for.
+#include "library/translate/adapters.h"
 
-#include <zamo/core.h>
 #include <zamo/netsdk.h>
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <utility>
 
 #include "library/logging/log.h"
 #include "library/model/names.h"
 #include "library/translate/interfaceList.h"
-#include "zamofirewall/translator.h"
 
 namespace FW {
 namespace {
@@ -28,63 +28,19 @@ bool isVpnInterface(const std::string& interface, const std::string& pppoeInterf
            (beginsWith(interface, "tun") && interface != "tun1000");
 }
 
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+bool isPredefined(const std::string& adapter) {
+    return std::find(kPredefinedAdapters.begin(), kPredefinedAdapters.end(), adapter) !=
+           kPredefinedAdapters.end();
+}
+
 }  // namespace
 
-bool ZAMOFW_IPTABLES_RULES::adapterToIptablesArg(const std::string& adapter,
-                                                 const FWRULE& rule,
-                                                 Json::Value& args) {
-    const std::string prefix = rule.adapterDirect != 0 ? "-i " : "-o ";
-    Json::Value& fragments = args["adapter"];
-    for (const char* predefined : kPredefinedAdapters) {
-        if (adapter != predefined) {
-            continue;
-        }
-        if (adapter == kPppoeAdapter) {
-            pppoeAdaterGet();
-            if (pppoeAdapter.empty()) {
-                return FW_FAILURE("pppoe interface is empty");
-            }
-            fragments.append(prefix + pppoeAdapter);
-        } else if (adapter == kVpnAdapter) {
-            if (!vpnAdatperEnum()) {
-                return FW_FAILURE("Failed to vpnAdatperEnum()");
-            }
-            for (const std::string& interface : vpnAdapters) {
-                fragments.append(prefix + interface);
-            }
-        } else if (adapter == kGlobalAdapter) {
-            fragments.append("");
-        } else {
-            return FW_FAILURE("Failed to convert pre-defined adapter %s", predefined);
-        }
-    }
-    if (fragments.empty()) {
-        fragments.append(prefix + adapter);
-    }
-    return true;
-}
-
-bool ZAMOFW_IPTABLES_RULES::adapterIsEnabled(const std::string& adapter) {
-    if (adapter == kGlobalAdapter) {
-        return true;
-    }
-    if (adapter == kVpnAdapter) {
-        (void)vpnAdatperEnum();
-        return !vpnAdapters.empty();
-    }
-    if (adapter == kPppoeAdapter) {
-        pppoeAdaterGet();
-        return !pppoeAdapter.empty();
-    }
-    if (!enabledAdapterEnum()) {
-        return FW_FAILURE("Failed to enabledAdapterEnum()");
-    }
-    return std::find(enabledAdapters.begin(), enabledAdapters.end(), adapter) !=
-           enabledAdapters.end();
-}
-
-bool ZAMOFW_IPTABLES_RULES::enabledAdapterEnum() {
-    if (!enabledAdapters.empty()) {
+bool findEnabled(const Interfaces& interfaces) {
+    if (!interfaces.enabled.empty()) {
         return true;
     }
     std::vector<std::string> names;
@@ -92,28 +48,28 @@ bool ZAMOFW_IPTABLES_RULES::enabledAdapterEnum() {
         return false;
     }
     names.erase(std::unique(names.begin(), names.end()), names.end());
-    enabledAdapters = std::move(names);
+    interfaces.enabled = std::move(names);
     return true;
 }
 
-bool ZAMOFW_IPTABLES_RULES::vpnAdatperEnum() {
-    if (!vpnAdapters.empty()) {
+bool findVpn(const Interfaces& interfaces) {
+    if (!interfaces.vpn.empty()) {
         return true;
     }
-    if (!enabledAdapterEnum()) {
+    if (!findEnabled(interfaces)) {
         return FW_FAILURE("Failed to enabledAdapterEnum()");
     }
-    pppoeAdaterGet();
-    for (const std::string& interface : enabledAdapters) {
-        if (isVpnInterface(interface, pppoeAdapter)) {
-            vpnAdapters.push_back(interface);
+    findPppoe(interfaces);
+    for (const std::string& interface : interfaces.enabled) {
+        if (isVpnInterface(interface, interfaces.pppoe)) {
+            interfaces.vpn.push_back(interface);
         }
     }
     return true;
 }
 
-void ZAMOFW_IPTABLES_RULES::pppoeAdaterGet() {
-    if (!pppoeAdapter.empty()) {
+void findPppoe(const Interfaces& interfaces) {
+    if (!interfaces.pppoe.empty()) {
         return;
     }
     std::array<char, kInterfaceNameSize> name = {};
@@ -121,7 +77,61 @@ void ZAMOFW_IPTABLES_RULES::pppoeAdaterGet() {
         FW_LOG(LOG_DEBUG, "Failed to ZAMOPPPoeIntfGet()");
         return;
     }
-    pppoeAdapter.assign(name.data(), strnlen(name.data(), name.size()));
+    interfaces.pppoe.assign(name.data(), strnlen(name.data(), name.size()));
+}
+
+bool isUsable(const std::string& adapter, const Interfaces& interfaces) {
+    if (adapter == kGlobalAdapter) {
+        return true;
+    }
+    if (adapter == kVpnAdapter) {
+        (void)findVpn(interfaces);
+        return !interfaces.vpn.empty();
+    }
+    if (adapter == kPppoeAdapter) {
+        findPppoe(interfaces);
+        return !interfaces.pppoe.empty();
+    }
+    if (!findEnabled(interfaces)) {
+        return FW_FAILURE("Failed to enabledAdapterEnum()");
+    }
+    return contains(interfaces.enabled, adapter);
+}
+
+std::string interfaceFragment(const std::string& interface, const FWRULE& rule) {
+    return (rule.adapterDirect != 0 ? "-i " : "-o ") + interface;
+}
+
+bool predefinedFragments(const std::string& adapter,
+                         const FWRULE& rule,
+                         const Interfaces& interfaces,
+                         std::vector<std::string>& fragments) {
+    if (!isPredefined(adapter)) {
+        return true;
+    }
+    if (adapter == kGlobalAdapter) {
+        fragments.emplace_back();
+        return true;
+    }
+    if (adapter == kPppoeAdapter) {
+        findPppoe(interfaces);
+        if (interfaces.pppoe.empty()) {
+            return FW_FAILURE("pppoe interface is empty");
+        }
+        fragments.push_back(interfaceFragment(interfaces.pppoe, rule));
+        return true;
+    }
+    if (adapter == kVpnAdapter) {
+        if (!findVpn(interfaces)) {
+            return FW_FAILURE("Failed to vpnAdatperEnum()");
+        }
+        for (const std::string& interface : interfaces.vpn) {
+            fragments.push_back(interfaceFragment(interface, rule));
+        }
+        return true;
+    }
+    // A name that was added to the list, but not here.
+    return FW_FAILURE("Failed to convert pre-defined adapter %s", adapter.c_str());
 }
 
 }  // namespace FW

@@ -3,7 +3,8 @@
 #include <algorithm>
 
 #include "library/logging/log.h"
-#include "zamofirewall/translator.h"
+#include "library/translate/ruleFields.h"
+#include "library/translate/servicePorts.h"
 
 namespace FW {
 namespace {
@@ -33,10 +34,10 @@ std::string joinPorts(const std::vector<std::string>& ports, std::size_t first, 
     return joined;
 }
 
-void appendPortMatches(const char* protocol,
-                       bool source,
-                       const std::vector<std::string>& ports,
-                       Json::Value& fragments) {
+void appendMatches(const char* protocol,
+                   bool source,
+                   const std::vector<std::string>& ports,
+                   std::vector<PortFragment>& fragments) {
     if (ports.empty()) {
         return;
     }
@@ -48,52 +49,53 @@ void appendPortMatches(const char* protocol,
     }
     for (std::size_t first = 0; first < ports.size(); first += kMaxEntriesPerMatch) {
         const std::size_t last = std::min(ports.size(), first + kMaxEntriesPerMatch);
-        fragments.append(head + joinPorts(ports, first, last));
+        fragments.push_back({head + joinPorts(ports, first, last)});
     }
 }
 
 }  // namespace
 
-void ZAMOFW_IPTABLES_RULES::portsToIptablesArg(int protocol,
-                                               int portDirect,
-                                               const std::vector<std::string>& ports,
-                                               Json::Value& args) {
-    const bool source = portDirect != 0;
-    Json::Value& fragments = args["port"];
+std::vector<PortFragment> portFragments(int protocol,
+                                        bool source,
+                                        const std::vector<std::string>& ports) {
+    std::vector<PortFragment> fragments;
     switch (protocol) {
         case FW_PROTOCOL_TCP:
-            appendPortMatches("tcp", source, ports, fragments);
-            return;
+            appendMatches("tcp", source, ports, fragments);
+            break;
         case FW_PROTOCOL_UDP:
-            appendPortMatches("udp", source, ports, fragments);
-            return;
+            appendMatches("udp", source, ports, fragments);
+            break;
         case FW_PROTOCOL_BOTH:
-            appendPortMatches("tcp", source, ports, fragments);
-            appendPortMatches("udp", source, ports, fragments);
-            return;
+            appendMatches("tcp", source, ports, fragments);
+            appendMatches("udp", source, ports, fragments);
+            break;
         case FW_PROTOCOL_ICMP:
-            fragments.append("-p icmp ");
-            fragments.append("-p icmpv6 ");
-            return;
+            fragments.push_back({kIcmpMatch, AddressFamily::kV4});
+            fragments.push_back({kIcmpv6Match, AddressFamily::kV6});
+            break;
         case FW_PROTOCOL_IGMP:
-            fragments.append("-p igmp ");
-            return;
+            fragments.push_back({"-p igmp "});
+            break;
     }
+    return fragments;
 }
 
-bool ZAMOFW_IPTABLES_RULES::portToIptablesArg(const FWRULE& rule, Json::Value& args) {
+bool rulePortFragments(const FWRULE& rule,
+                       ZAMOFwServiceList*& catalogue,
+                       std::vector<PortFragment>& fragments) {
     switch (rule.portGroup) {
         case FW_PORT_GROUP_SERVICE:
         case FW_PORT_GROUP_RESERVED_SERVICE:
-            if (!servPortToCmd(rule.portList, args)) {
+            if (!serviceFragments(rule.portList, catalogue, fragments)) {
                 return FW_FAILURE("Failed to servPortToCmd()");
             }
             return true;
         case FW_PORT_GROUP_PORT:
-            portsToIptablesArg(rule.protocol, rule.portDirect, rule.portList, args);
+            fragments = portFragments(rule.protocol, rule.portDirect != 0, rule.portList);
             return true;
         case FW_PORT_GROUP_ALL:
-            args["port"].append("");
+            fragments = {{""}};
             return true;
     }
     FW_LOG(LOG_ERR, "Unknown port group %d", rule.portGroup);

@@ -1,7 +1,8 @@
-// The fields of a rule that turn into one fragment each: verdict, chain and table.
+// The fields of a rule that turn into at most one fragment each: families, table, chain, verdict.
+
+#include "library/translate/ruleFields.h"
 
 #include "library/logging/log.h"
-#include "zamofirewall/translator.h"
 
 namespace FW {
 namespace {
@@ -10,31 +11,44 @@ constexpr const char* kLogModule = "fwIptables";
 
 }  // namespace
 
-bool ZAMOFW_IPTABLES_RULES::policyToIptablesArg(const FWRULE& rule, Json::Value& args) {
+std::vector<AddressFamily> familiesOf(const FWRULE& rule) {
+    switch (rule.ipType) {
+        case FW_IP_TYPE_V4:
+            return {AddressFamily::kV4};
+        case FW_IP_TYPE_V6:
+            return {AddressFamily::kV6};
+        case FW_IP_TYPE_BOTH:
+            return {AddressFamily::kV4, AddressFamily::kV6};
+    }
+    return {};
+}
+
+std::string tableFragment(const FWRULE& rule) {
+    return "-t " + rule.table;
+}
+
+std::vector<std::string> chainFragments(const FWRULE& rule) {
+    std::vector<std::string> fragments;
+    for (const std::string& chain : rule.chainList) {
+        fragments.push_back("-A " + chain);
+    }
+    return fragments;
+}
+
+bool targetFragment(const FWRULE& rule, std::string& target) {
     switch (static_cast<std::int32_t>(rule.policy)) {
         case FW_POLICY_ALLOW:
-            // What follows the jump into the chain decides whether the packet is accepted.
-            args["policy"].append("-j RETURN");
+            // The rules after the jump into the chain decide whether the packet is accepted.
+            target = "-j RETURN";
             return true;
         case FW_POLICY_DENY:
-            args["policy"].append("-j DROP");
+            target = "-j DROP";
             return true;
         case FW_POLICY_NONE:
+            target.clear();
             return true;
     }
     return FW_FAILURE("Unknown policy %d", rule.policy);
-}
-
-bool ZAMOFW_IPTABLES_RULES::chainToIptablesArg(const FWRULE& rule, Json::Value& args) {
-    for (const std::string& chain : rule.chainList) {
-        args["chain"].append("-A " + chain);
-    }
-    return true;
-}
-
-bool ZAMOFW_IPTABLES_RULES::tableToIptablesArg(const FWRULE& rule, Json::Value& args) {
-    args["table"].append("-t " + rule.table);
-    return true;
 }
 
 }  // namespace FW

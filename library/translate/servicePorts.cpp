@@ -1,22 +1,23 @@
 // The ports of named services, from the platform's catalogue.
 
+#include "library/translate/servicePorts.h"
+
 #include <zamo/core.h>
 #include <zamo/serviceconf.h>
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 #include "library/logging/log.h"
-#include "zamofirewall/translator.h"
+#include "library/translate/ruleFields.h"
 
 namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "fwIptables";
-constexpr int kSource = 1;
-constexpr int kDestination = 0;
 
-// Services that are carried by IP protocols of their own beside their ports.
+// Services that use IP protocols of their own besides their ports.
 struct BareProtocols {
     std::string_view service;
     std::array<int, 5> protocols;  // 0 ends the list
@@ -25,13 +26,6 @@ constexpr std::array<BareProtocols, 2> kBareProtocols = {{
     {"vpn_server_pptp", {47}},
     {"vpn_server_ipsec", {50, 51}},
 }};
-
-void release(ZAMOFwServiceList*& catalogue) {
-    if (catalogue != nullptr) {
-        ZAMOFwServiceFree(catalogue);
-        catalogue = nullptr;
-    }
-}
 
 void appendPorts(int protocol,
                  const VLIBCSzList* list,
@@ -44,7 +38,7 @@ void appendPorts(int protocol,
     }
 }
 
-void appendBareProtocols(const std::string& service, Json::Value& fragments) {
+void appendBareProtocols(const std::string& service, std::vector<PortFragment>& fragments) {
     for (const BareProtocols& row : kBareProtocols) {
         if (row.service != service) {
             continue;
@@ -53,26 +47,29 @@ void appendBareProtocols(const std::string& service, Json::Value& fragments) {
             if (protocol == 0) {
                 break;
             }
-            fragments.append("-p " + std::to_string(protocol) + " ");
+            fragments.push_back({"-p " + std::to_string(protocol) + " "});
         }
     }
 }
 
 }  // namespace
 
-ZAMOFW_IPTABLES_RULES::ZAMOFW_IPTABLES_RULES() = default;
-
-ZAMOFW_IPTABLES_RULES::~ZAMOFW_IPTABLES_RULES() {
-    release(servList);
+void releaseCatalogue(ZAMOFwServiceList*& catalogue) {
+    if (catalogue != nullptr) {
+        ZAMOFwServiceFree(catalogue);
+        catalogue = nullptr;
+    }
 }
 
-bool ZAMOFW_IPTABLES_RULES::servToPorts(const std::vector<std::string>& services, ServPort& ports) {
-    if (servList == nullptr && ZAMOFwServiceEnum(&servList) <= 0) {
-        release(servList);
+bool findServicePorts(const std::vector<std::string>& services,
+                      ZAMOFwServiceList*& catalogue,
+                      ServPort& ports) {
+    if (catalogue == nullptr && ZAMOFwServiceEnum(&catalogue) <= 0) {
+        releaseCatalogue(catalogue);
         return FW_FAILURE("Failed to enum services");
     }
     for (const std::string& name : services) {
-        const ZAMOFwService* service = ZAMOFWServiceFind(servList, name.c_str());
+        const ZAMOFwService* service = ZAMOFWServiceFind(catalogue, name.c_str());
         if (service == nullptr || service->valid == 0) {
             continue;
         }
@@ -82,20 +79,22 @@ bool ZAMOFW_IPTABLES_RULES::servToPorts(const std::vector<std::string>& services
     return true;
 }
 
-bool ZAMOFW_IPTABLES_RULES::servPortToCmd(const std::vector<std::string>& services,
-                                          Json::Value& args) {
+bool serviceFragments(const std::vector<std::string>& services,
+                      ZAMOFwServiceList*& catalogue,
+                      std::vector<PortFragment>& fragments) {
     ServPort ports;
-    if (!servToPorts(services, ports)) {
+    if (!findServicePorts(services, catalogue, ports)) {
         return FW_FAILURE("Failed to servToPorts()");
     }
-    for (const auto& [protocol, list] : ports.srcPorts) {
-        portsToIptablesArg(protocol, kSource, list, args);
-    }
-    for (const auto& [protocol, list] : ports.dstPorts) {
-        portsToIptablesArg(protocol, kDestination, list, args);
+    for (const bool source : {true, false}) {
+        for (const auto& [protocol, list] : source ? ports.srcPorts : ports.dstPorts) {
+            for (PortFragment& fragment : portFragments(protocol, source, list)) {
+                fragments.push_back(std::move(fragment));
+            }
+        }
     }
     for (const std::string& service : services) {
-        appendBareProtocols(service, args["port"]);
+        appendBareProtocols(service, fragments);
     }
     return true;
 }
