@@ -1,8 +1,8 @@
-// The address ranges of countries, from the files of the kernel's geoip match.
+// The address ranges of countries, read from the files of the kernel's geoip match.
 //
-// /usr/share/xt_geoip/ holds a file CC.iv4 and CC.iv6 per country code CC. A file is a sequence of
-// ranges without header: first and last address, 4 bytes each in .iv4 and 16 bytes each in .iv6, as
-// 32-bit words in little-endian order, the most significant word first.
+// /usr/share/xt_geoip/ holds a file CC.iv4 and CC.iv6 per country code CC. A file has no header,
+// only ranges: first and last address, 4 bytes each in .iv4 and 16 bytes each in .iv6. An address
+// is one or four little-endian 32-bit words, the most significant word first.
 #ifndef ZAMOFIREWALL_GEOIP_H
 #define ZAMOFIREWALL_GEOIP_H
 
@@ -20,11 +20,11 @@ namespace FW {
 // `isV6` selects the family everywhere. Failures are logged; nothing is thrown.
 class ZAMOFW_EXPORT FW_GEOIP {
   public:
-    // Appends the country's ranges to `out` in file order, as objects with the texts "ip_begin" and
-    // "ip_end". False when the country has no file.
+    // Appends the country's ranges to `out` in file order, as objects with the strings "ip_begin"
+    // and "ip_end". False when the country has no file.
     bool countryIPGet(const std::string& country, const bool& isV6, Json::Value& out);
 
-    // Appends those of the codes that have a file with data. False when none has.
+    // Appends the codes that have a file with data. False when none has.
     bool geoipSanctify(const std::vector<std::string>& countries,
                        const bool& isV6,
                        std::vector<std::string>& usable);
@@ -33,7 +33,7 @@ class ZAMOFW_EXPORT FW_GEOIP {
     // directory cannot be read.
     bool countryEnum(std::vector<std::string>& countries);
 
-    // Print an address into `buffer`, IPv6 always at full width; the number of characters.
+    // Print an address into `buffer`, IPv6 at full width. The result is the number of characters.
     int Ipv4ToString(std::uint32_t address, char* buffer, std::size_t size);
     int Ipv6ToString(const std::uint32_t* address, char* buffer, std::size_t size);
 
@@ -41,7 +41,7 @@ class ZAMOFW_EXPORT FW_GEOIP {
     void ParseV4(std::uint32_t first, std::uint32_t last, Json::Value& range);
     void ParseV6(const std::uint32_t* first, const std::uint32_t* last, Json::Value& range);
 
-    // As countryIPGet(): 0, or -1 when the file cannot be opened. `item` is scratch.
+    // Does the work of countryIPGet(): 0, or -1 when the file cannot be opened. `item` is scratch.
     int geoipFileRead(const std::string& country, Json::Value& item, Json::Value& out, bool isV6);
 };
 

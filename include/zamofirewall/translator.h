@@ -1,9 +1,9 @@
 // The translation of rules into iptables and ip6tables argument lines.
 //
 // A command list is an object with the members "v4" (lines for /sbin/iptables) and "v6" (lines for
-// /sbin/ip6tables). Each is null or an object of arrays of lines: the member "global" holds the
-// lines that belong to no interface, every other member those of the adapter it is named after. A
-// line is everything after the program's path.
+// /sbin/ip6tables). Each is null or an object of arrays of lines. The array "global" holds the
+// lines that belong to no interface, and every other array those of the adapter that it is named
+// after. A line is everything after the program's path.
 #ifndef ZAMOFIREWALL_TRANSLATOR_H
 #define ZAMOFIREWALL_TRANSLATOR_H
 
@@ -26,13 +26,13 @@ struct ServPort {
     std::map<FW_PORT_PROTOCOL, std::vector<std::string>> dstPorts;  // as destination ports
 };
 
-// One object serves one operation. It asks the system for the interfaces and the service catalogue
-// when it first needs them, and keeps the answers; a caller that wants fresh ones makes a new
-// object. An object belongs to one thread at a time.
+// Use one object per operation. It asks the system for the interfaces and the service catalogue
+// when it first needs them, and keeps the answers; make a new object to get fresh ones. Two threads
+// must not use an object at the same time.
 //
 // An argument set is the scratch data of one rule: an object with the arrays of fragments
 // "adapter", "port", "chain", "table", "policy", and "ip" with "v4" and "v6". The ...ToIptablesArg
-// members append to their array; false means a failure, which is in the system log.
+// members append to their array; false means a failure, which has been logged.
 class ZAMOFW_EXPORT ZAMOFW_IPTABLES_RULES {
   public:
     ZAMOFW_IPTABLES_RULES();
@@ -42,10 +42,10 @@ class ZAMOFW_EXPORT ZAMOFW_IPTABLES_RULES {
 
     // Appends the command lines of a whole profile: the built-in lines, each usable adapter's
     // enabled rules in order, and a closing line with the adapter's default policy. `blEstablished`
-    // adds the lines that accept established connections. A `clientIp` that is not empty is an
-    // address whose established connections these lines do not accept. Starts the network tool once
-    // per rule. False when `clientIp` is no address (then `cmds` is untouched) or a rule cannot be
-    // translated (then `cmds` is partly filled).
+    // adds the lines that accept established connections. They do not accept those of
+    // `clientIp`, unless it is empty. Starts the network tool once per rule. False when `clientIp`
+    // is not an address (`cmds` is untouched) or a rule cannot be translated (`cmds` is partly
+    // filled).
     bool fwRulesToIptablesRules(const bool& blEstablished,
                                 const std::map<std::string, std::vector<FWRULE>>& rules,
                                 const std::map<std::string, FW_POLICY>& adapterPolicyMap,
@@ -88,8 +88,8 @@ class ZAMOFW_EXPORT ZAMOFW_IPTABLES_RULES {
                             const std::vector<std::string>& ports,
                             Json::Value& args);
 
-    // Appends the ports of the named services. Unknown and unusable services are passed over. False
-    // when there is no service catalogue.
+    // Appends the ports of the named services. Skips unknown and unusable services. False when
+    // there is no service catalogue.
     bool servToPorts(const std::vector<std::string>& services, ServPort& ports);
 
     // Appends the port fragments of the named services to an argument set.

@@ -33,12 +33,12 @@ const char* extensionOf(bool isV6) {
     return isV6 ? kV6Extension : kV4Extension;
 }
 
-// The byte that is printed at `position`, counted from the most significant one.
+// Position 0 is the most significant byte.
 unsigned byteAt(std::uint32_t word, unsigned position) {
     return (word >> (24U - 8U * position)) & 0xFFU;
 }
 
-// The files are little-endian on every machine.
+// The files are little-endian, whatever the machine is.
 std::uint32_t wordAt(const unsigned char* bytes) {
     return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8U |
            static_cast<std::uint32_t>(bytes[2]) << 16U |
@@ -117,7 +117,7 @@ int FW_GEOIP::geoipFileRead(const std::string& country,
         if (count == 0) {
             return 0;
         }
-        // A record that is cut short is completed by the zero bytes behind it.
+        // The zero bytes after a truncated record complete it.
         for (std::size_t offset = 0; offset < count; offset += recordSize) {
             item = Json::Value();
             parseRecord(*this, chunk.data() + offset, isV6, item);

@@ -1,4 +1,4 @@
-// The names that everything agrees on: adapters, chains, families and paths.
+// The fixed names: adapters, chains, families and paths.
 #ifndef LIBRARY_MODEL_NAMES_H
 #define LIBRARY_MODEL_NAMES_H
 
@@ -6,15 +6,15 @@
 
 namespace FW {
 
-// The adapters that are no interfaces, in the order in which they are looked up.
+// The adapters that are not interfaces, in the order of lookup.
 constexpr const char* kGlobalAdapter = "global";  // every interface
 constexpr const char* kPppoeAdapter = "pppoe";    // the interface that dials out
 constexpr const char* kVpnAdapter = "vpn";        // the interfaces of the VPN servers
 constexpr std::array<const char*, 3> kPredefinedAdapters = {
     kGlobalAdapter, kPppoeAdapter, kVpnAdapter};
 
-// The chains that the firewall fills and flushes, in the order of the built-in lines. They are the
-// system's to make and to jump to.
+// The chains that the firewall fills and flushes, in the order of the built-in lines. The system
+// makes them and jumps to them.
 constexpr const char* kInputChain = "INPUT_FIREWALL";
 constexpr const char* kForwardChain = "FORWARD_FIREWALL";
 constexpr std::array<const char*, 2> kFirewallChains = {kInputChain, kForwardChain};

@@ -6,7 +6,7 @@
 namespace FW {
 
 // Asks the network tool which interface carries IPv6 for `interface`: a 6in4 tunnel, or the
-// interface itself, which is also the answer when the tool fails (that is logged).
+// interface itself. When the tool fails, that is logged and the answer is the interface itself.
 [[nodiscard]] std::string ipv6RouterInterface(const std::string& interface);
 
 }  // namespace FW
