@@ -1,4 +1,4 @@
-// The start of a command from a small and from a large process.
+// Starting a command from a process with a large heap, against one with a small heap.
 
 #include <benchmark/benchmark.h>
 #include <sys/mman.h>
@@ -30,14 +30,14 @@ bool startByFork() {
     return waitpid(child, &status, 0) == child && status == 0;
 }
 
-// Memory in small pages, the worst case for whoever copies page tables.
+// Small pages are the worst case for a start that copies the page tables.
 void measure(benchmark::State& state, std::size_t size, bool (*command)()) {
     void* const heap =
         mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     bench::require(heap != MAP_FAILED, "mmap");
     (void)madvise(heap, size, MADV_NOHUGEPAGE);
     std::memset(heap, 1, size);
-    // The system is busy for a while after it has handed out so much memory.
+    // Handing out so much memory keeps the kernel busy for a while; these starts wait for it.
     for (int i = 0; i < 200; ++i) {
         bench::require(start(), kCommand[0]);
     }
@@ -62,6 +62,8 @@ int main() {
     add("smallFork", kSmall, startByFork, 20);
     add("largeFork", kLarge, startByFork, 20);
     auto times = bench::runBenchmarks();
-    bench::printRow("command start, 2 GiB heap", times["large"], "10 MiB", times["small"], 1.1);
-    bench::printRow("(fork, 2 GiB heap)", times["largeFork"], "10 MiB", times["smallFork"]);
+    bench::printRow(
+        "command start, 2 GiB heap", times["large"], "10 MiB heap", times["small"], 1.1);
+    bench::printRow(
+        "(plain fork, 2 GiB heap)", times["largeFork"], "10 MiB heap", times["smallFork"]);
 }

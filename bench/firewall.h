@@ -1,4 +1,4 @@
-// What the benchmarks put into force, and the plainest way to start the same programs.
+// The profiles that the benchmarks put into force, and the plainest way to start a program.
 #ifndef BENCH_FIREWALL_H
 #define BENCH_FIREWALL_H
 
@@ -24,7 +24,7 @@ void reload();
 // cannot be started or does not exit with 0.
 bool startPlainly(const std::vector<std::string>& arguments, bool read);
 
-// The platform's own function, for a program that has one of the same name in front of it.
+// The platform's own function, for a program that replaces it by one of the same name.
 template <typename Function>
 Function* realFunction(Function*, const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));

@@ -1,4 +1,4 @@
-// Waiting for a lock that another process holds: what it costs, and how soon the lock is had.
+// Waiting for a lock that another process holds: what it costs, and how soon the lock is ours.
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -14,7 +14,7 @@ namespace {
 constexpr const char* kExecutionLock = "/tmp/firewall_iptables_exec.lock";
 constexpr const char* kSettings = "/usr/zamo/etc/firewall.d/firewall_settings.json";
 
-// Tells the time when it has locked, and again when it unlocks.
+// Writes the time when it has locked, and again when it unlocks.
 [[noreturn]] void holdLock(const char* path, useconds_t milliseconds, int pipe) {
     struct flock lock = {};
     lock.l_type = F_WRLCK;
@@ -75,8 +75,8 @@ void measure(const std::string& name, const char* path, void (*wait)()) {
     for (useconds_t i = 0; i < 101; ++i) {
         times.push_back(waitFor(path, wait, 20 + i * 7 % 20).handOver);
     }
-    bench::printRow(name + ", processor", shares, "of the time", {1}, 0.03);
-    bench::printRow(name + ", hand-over", times, "ms", {1}, 2);
+    bench::printRow(name + ", processor time", shares, "time waited", {1}, 0.03);
+    bench::printRow(name + ", taken after release", times, "1 ms", {1}, 2);
 }
 
 }  // namespace
@@ -84,5 +84,5 @@ void measure(const std::string& name, const char* path, void (*wait)()) {
 int main() {
     bench::store({bench::profileWith(1)});
     measure("execution lock", kExecutionLock, takeExecutionLock);
-    measure("lock of a file", FW::getLockFile(kSettings).c_str(), readSettings);
+    measure("lock of a JSON file", FW::getLockFile(kSettings).c_str(), readSettings);
 }

@@ -1,4 +1,4 @@
-// What a thousand reloads leave behind in the process.
+// What a process still holds after a thousand reloads.
 
 #include <malloc.h>
 #include <sys/wait.h>
@@ -17,7 +17,7 @@ namespace {
 
 constexpr double kFlat = 1.01;
 
-// For speed, /bin/true stands for iptables.
+// Runs /bin/true in place of iptables, to save time.
 bool withoutRules = true;
 
 struct State {

@@ -94,13 +94,17 @@ void printRow(const std::string& claim,
               const Samples& other,
               double limit) {
     require(!ours.empty() && !other.empty(), claim);
-    std::printf("%s\t%.4g\t%.4g\t%s\t%.4f\t%g\n",
+    const double result = ratio(ours, other);
+    std::printf("  %-40s ours %8.4g   %-24s %8.4g   ratio %7.4f",
                 claim.c_str(),
                 median(ours),
-                median(other),
                 otherName.c_str(),
-                ratio(ours, other),
-                limit);
+                median(other),
+                result);
+    if (limit > 0) {
+        std::printf("   limit %4g  %s", limit, result <= limit ? "ok" : "OVER");
+    }
+    std::puts("");
     (void)std::fflush(stdout);
 }
 

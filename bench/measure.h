@@ -1,4 +1,4 @@
-// What every benchmark is made of: samples of two sides that took turns, and a row of the table.
+// What every benchmark uses: samples of two sides that take turns, and a row that compares them.
 #ifndef BENCH_MEASURE_H
 #define BENCH_MEASURE_H
 
@@ -26,9 +26,9 @@ Cost costOf(const std::function<void()>& work);
 // Runs the Google Benchmark functions in random turns: the wall times in milliseconds, by name.
 std::map<std::string, Samples> runBenchmarks();
 
-// Prints "claim, ours, other, what the other is, ratio, limit", separated by tabs. Without a limit
-// the row is there for comparison only. Of equally many samples the ratios of neighbours count, so
-// that what disturbs both sides for a while does not show.
+// Prints a row with the medians of both sides, their ratio, and whether it keeps the limit. A row
+// without a limit is for comparison only. When both sides have equally many samples, the ratio is
+// the median of the ratios of neighbours, so that what disturbs both sides for a while cancels out.
 void printRow(const std::string& claim,
               const Samples& ours,
               const std::string& otherName,

@@ -1,4 +1,4 @@
-// The network tool against C programs that only print a line.
+// The network tool against C programs that print one line and do nothing else.
 
 #include <benchmark/benchmark.h>
 
@@ -27,6 +27,6 @@ int main() {
     add("dynamic", {HELLO});
     add("static", {HELLO_STATIC});
     auto times = bench::runBenchmarks();
-    bench::printRow("zamonetdtool", times["tool"], "C program", times["dynamic"], 1.2);
-    bench::printRow("(zamonetdtool)", times["tool"], "static C program", times["static"]);
+    bench::printRow("network tool", times["tool"], "C program, dynamic", times["dynamic"], 1.2);
+    bench::printRow("(network tool)", times["tool"], "C program, static", times["static"]);
 }

@@ -1,6 +1,6 @@
-// Listing 20 profiles of 1,000 rules against parsing their files as often as a store without an
-// index does: all for the names, and for each of them all to see that it exists, all to find its
-// path, and the file itself.
+// Listing 20 profiles of 1,000 rules, against parsing their files as often as a store without an
+// index would: all files for the names, then for each name all files to see that it exists, all
+// again to find its path, and its own file.
 
 #include <benchmark/benchmark.h>
 #include <json/reader.h>
@@ -25,7 +25,7 @@ void list(benchmark::State& state) {
 }
 BENCHMARK(list)->UseRealTime()->Iterations(1)->Repetitions(9);
 
-// One file is parsed a few times, not all of them 840 times: that takes ten seconds.
+// One file parsed a few times stands for 840 parses, which would take ten seconds.
 void parse(benchmark::State& state) {
     for (auto _ : state) {
         std::ifstream file("/usr/zamo/etc/firewall.d/7.json");
@@ -49,7 +49,7 @@ int main() {
     }
     bench::printRow("listing 20 profiles of 1,000 rules",
                     times["list"],
-                    std::to_string(kParses) + " times one parse",
+                    std::to_string(kParses) + " parses of a file",
                     times["parse"],
                     1);
 }

@@ -1,4 +1,4 @@
-// A reload against a bare loop that starts the same programs one after another.
+// A reload against a plain loop that starts the same programs one after another.
 
 #include <zamo/core.h>
 
@@ -47,7 +47,7 @@ void compare(int rules, int lines, int rounds) {
         processor[side].push_back(cost.processor);
     }
     const std::string claim = "reload of " + std::to_string(lines) + " lines, ";
-    const std::string other = "loop of " + std::to_string(starts.size()) + " starts";
+    const std::string other = std::to_string(starts.size()) + " plain starts";
     bench::printRow(claim + "processor", processor[0], other, processor[1], 1.05);
     bench::printRow(claim + "wall", wall[0], other, wall[1], 1.10);
 }

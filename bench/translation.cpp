@@ -1,5 +1,5 @@
-// The translation of a profile of 1,000 rules against its whole reload. The starts of the network
-// tool belong to the reload.
+// Translating a profile of 1,000 rules against reloading it. The starts of the network tool count
+// as part of the reload.
 
 #include <benchmark/benchmark.h>
 #include <zamo/core.h>
@@ -13,7 +13,7 @@ namespace {
 
 bool answersItself = false;
 
-// With the profile's way from its file.
+// Reading the profile's file included.
 void translate(benchmark::State& state) {
     answersItself = true;
     for (auto _ : state) {
@@ -47,6 +47,9 @@ ZAMO_EXPORT int VLIBCPclose(FILE* stream) {
 int main() {
     bench::store({bench::profileWith(1000)});
     auto times = bench::runBenchmarks();
-    bench::printRow(
-        "translation of 1,000 rules", times["translate"], "their reload", times["reload"], 0.01);
+    bench::printRow("translation of 1,000 rules",
+                    times["translate"],
+                    "reload of the same",
+                    times["reload"],
+                    0.01);
 }
