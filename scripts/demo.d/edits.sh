@@ -1,4 +1,4 @@
-# What other programs do to every profile, ask of it, and take out of it.
+# What other programs do: edit all profiles, ask what is blocked, export and import.
 # shellcheck shell=bash
 
 reserveService() {

@@ -1,9 +1,9 @@
-# What is expected: noted on the way, listed at the end.
+# Expectations: noted on the way and listed at the end.
 # shellcheck shell=bash
 
 checked=0
-failed=0
 notes=()
+failures=()
 
 step() {
     printf '\n== %s\n' "$1"
@@ -12,8 +12,8 @@ step() {
 
 note() {
     checked=$((checked + 1))
-    [ "$1" = ok ] || failed=$((failed + 1))
     notes+=("$(printf '%-4s %3d %s' "$1" "$checked" "$2")")
+    [ "$1" = ok ] || failures+=("${notes[-1]}")
 }
 
 # expect TEXT COMMAND [ARGUMENT]...
@@ -39,7 +39,7 @@ expectAnswer() {
     expect "${*:2}: $1" test "$answer" = "$1"
 }
 
-# The library tells why it failed in the system log only.
+# The library gives the reason for a failure in the system log only.
 collectSystemLog() {
     socat -u UNIX-RECV:/dev/log OPEN:system.log,creat,append &
 }
@@ -47,10 +47,12 @@ collectSystemLog() {
 summarize() {
     printf '\nExpectations\n'
     printf '%s\n' "${notes[@]}"
-    if [ "$failed" -gt 0 ]; then
+    if [ ${#failures[@]} -gt 0 ]; then
         printf '\nThe system log\n'
         sed 's/<[0-9]*>/\n/g' system.log
+        printf '\nWhat failed\n'
+        printf '%s\n' "${failures[@]}"
     fi
-    printf '\n%s expectations, %s failed\n' "$checked" "$failed"
-    [ "$failed" -eq 0 ] && [ "$checked" -gt 0 ]
+    printf '\n%s expectations, %s failed\n' "$checked" "${#failures[@]}"
+    [ ${#failures[@]} -eq 0 ] && [ "$checked" -gt 0 ]
 }

@@ -1,4 +1,4 @@
-# The client, its wires, and its connections to the host.
+# The client, its network links, and its connections to the host.
 # shellcheck shell=bash
 
 TCP_PORTS=(21 22 23 25 80 443 873 7777 8001 8002 8003 8080 9418)
@@ -30,7 +30,7 @@ makeNetwork() {
     ip -n client addr add fd01::3/64 dev eth0 nodad
 }
 
-# Each TCP server greets the client, and each sends back what it gets.
+# Every server sends back what it receives; the TCP servers also greet the client.
 startServers() {
     local port
     for port in "${TCP_PORTS[@]}"; do
@@ -52,8 +52,8 @@ waitForServers() {
     return 1
 }
 
-# Tries the connections of a table, all at once. A line: "passes" or "dropped", the protocol, the
-# client's address, the port, the reason.
+# Tries the connections of a table, all at once. Each line has "passes" or "dropped", the protocol,
+# the client's address, the port and the reason.
 expectConnections() {
     local rows jobs=() row verdict protocol source port reason result
     mapfile -t rows
@@ -80,7 +80,8 @@ outcome() {
     answer=$(attempt "$protocol" "$3" "$4" 2>&1) || true
     case $protocol:$answer in
         *welcome* | icmp:*' 1 received'*) echo passes ;;
-        tcp:*'timed out' | udp: | icmp:*' 0 received'*) echo dropped ;;
+        # socat 1.8 adds the text of another error after "timed out".
+        tcp:*'timed out'* | udp: | icmp:*' 0 received'*) echo dropped ;;
         *) echo "$answer" ;;
     esac
 }
@@ -101,8 +102,8 @@ attempt() {
     esac
 }
 
-# A session is a connection that stays open. The pipes are opened for reading and writing, so that
-# nobody waits for the other end.
+# A session is a connection that stays open. Its pipes are opened for reading and writing, because
+# opening one end only would wait for the other.
 # openSession NAME ADDRESS
 openSession() {
     local greeting
@@ -112,7 +113,7 @@ openSession() {
     [ "$greeting" = welcome ]
 }
 
-# What was sent while the session was cut off comes first.
+# Lines sent while the session was cut off arrive first.
 # sessionAnswers NAME SECONDS
 sessionAnswers() {
     local text="line $RANDOM" answer

@@ -21,8 +21,7 @@ run() {
     expect "$*" show "$@"
 }
 
-# What the command that was run last made of the rules; FORWARD_FIREWALL gets what INPUT_FIREWALL
-# gets.
+# Shows what the last command changed. FORWARD_FIREWALL gets the same rules as INPUT_FIREWALL.
 showChanges() {
     diff --unified=0 before.rules <(listRules) | grep '^[-+]ip.* INPUT_FIREWALL' || true
 }

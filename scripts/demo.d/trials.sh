@@ -1,4 +1,4 @@
-# An edited profile tried out from the address of the client that it shuts out.
+# Trying an edited profile from the address of a client that it shuts out.
 # shellcheck shell=bash
 
 dropTrial() {
