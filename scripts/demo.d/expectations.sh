@@ -50,7 +50,7 @@ summarize() {
     if [ ${#failures[@]} -gt 0 ]; then
         printf '\nThe system log\n'
         sed 's/<[0-9]*>/\n/g' system.log
-        printf '\nWhat failed\n'
+        printf '\n\nWhat failed\n'
         printf '%s\n' "${failures[@]}"
     fi
     printf '\n%s expectations, %s failed\n' "$checked" "${#failures[@]}"
