@@ -3,6 +3,8 @@
 #include <sys/wait.h>
 #include <syslog.h>
 
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <map>
 #include <memory>
@@ -33,7 +35,10 @@ std::vector<const char*> makeEnvironment(const VLIBPlugin& plugin) {
 
 bool logFailure(const std::string& path, int status) {
     if (status < 0) {
-        syslog(LOG_ERR, "zamosdk: plug-in %s could not be run: %m", path.c_str());
+        syslog(LOG_ERR,
+               "zamosdk: plug-in %s could not be run: %s",
+               path.c_str(),
+               std::strerror(errno));
     } else if (WIFSIGNALED(status)) {
         syslog(
             LOG_ERR, "zamosdk: plug-in %s was ended by signal %d", path.c_str(), WTERMSIG(status));

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <memory>
 
 #include "platform/base/textFile.h"
@@ -59,7 +60,10 @@ PluginFiles findPlugins(const std::string& directory) {
     if (!opened) {
         files.complete = errno == ENOENT;
         if (!files.complete) {
-            syslog(LOG_ERR, "zamosdk: plug-ins in %s cannot be read: %m", directory.c_str());
+            syslog(LOG_ERR,
+                   "zamosdk: plug-ins in %s cannot be read: %s",
+                   directory.c_str(),
+                   std::strerror(errno));
         }
         return files;
     }

@@ -4,6 +4,7 @@
 #include <syslog.h>
 
 #include <cerrno>
+#include <cstring>
 #include <exception>
 #include <map>
 #include <memory>
@@ -53,7 +54,10 @@ bool collectFiles(const std::string& directory, PathsByName& paths) {
     const DirectoryPtr opened(opendir(directory.c_str()));
     if (!opened && errno == ENOENT) return true;
     if (!opened) {
-        syslog(LOG_ERR, "zamoserviceconf: %s cannot be read: %m", directory.c_str());
+        syslog(LOG_ERR,
+               "zamoserviceconf: %s cannot be read: %s",
+               directory.c_str(),
+               std::strerror(errno));
         return false;
     }
     while (const dirent* entry = readdir(opened.get())) {
