@@ -11,12 +11,23 @@
 namespace bench {
 namespace {
 
+// Google Benchmark 1.8 replaced the run's error_occurred by the reason for a skipped run.
+template <typename AnyRun>
+auto hasFailed(const AnyRun& run) -> decltype(run.error_occurred) {
+    return run.error_occurred;
+}
+
+template <typename AnyRun>
+auto hasFailed(const AnyRun& run) -> decltype(static_cast<bool>(run.skipped)) {
+    return static_cast<bool>(run.skipped);
+}
+
 class Collector : public benchmark::BenchmarkReporter {
   public:
     bool ReportContext(const Context&) override { return true; }
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
-            require(!run.error_occurred, run.benchmark_name());
+            require(!hasFailed(run), run.benchmark_name());
             if (run.run_type == Run::RT_Iteration) {
                 samples[run.run_name.function_name].push_back(run.real_accumulated_time * 1e3 /
                                                               static_cast<double>(run.iterations));
