@@ -125,17 +125,10 @@ bool ask(const Arguments& arguments) {
     if (answer == result.end()) {
         return complain("no adapter is named");
     }
-    switch (answer->second) {
-        case FW::FW_POLICY_DENY:
-            std::cout << "blocked\n";
-            return true;
-        case FW::FW_POLICY_PARTIAL:
-            std::cout << "blocked for some addresses\n";
-            return true;
-        default:
-            std::cout << "allowed\n";
-            return true;
-    }
+    std::cout << (answer->second == FW::FW_POLICY_DENY      ? "blocked\n"
+                  : answer->second == FW::FW_POLICY_PARTIAL ? "blocked for some addresses\n"
+                                                            : "allowed\n");
+    return true;
 }
 
 bool exportTo(const Arguments& arguments) {
