@@ -17,9 +17,31 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/zamofirewallConfigVersion.cmake
     DESTINATION ${packageDirectory})
 
-# pkg-config finds the prefix from the place of the file, so that an installed tree can be moved.
+# pkg-config finds everything from the place of the file, so that an installed tree can be moved.
 file(RELATIVE_PATH prefixFromPkgConfig
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+file(RELATIVE_PATH includesFromPkgConfig
+    ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+# Programs ask the platform for the last error (VLIBCErrGet). An appliance may have its platform
+# without the links that a linker looks for, so there they name that library themselves.
+set(platformForPkgConfig "")
+if(ZAMO_PLATFORM STREQUAL "linux")
+    set(platformForPkgConfig -lzamocore)
+endif()
 configure_file(cmake/zamofirewall.pc.in ${CMAKE_CURRENT_BINARY_DIR}/zamofirewall.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zamofirewall.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+if(TARGET firewall-control)
+    if(IS_ABSOLUTE "${CMAKE_INSTALL_BINDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+        set(librariesFromPrograms ${CMAKE_INSTALL_FULL_LIBDIR})
+    else()
+        file(RELATIVE_PATH librariesFromPrograms
+            ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+        string(PREPEND librariesFromPrograms "$ORIGIN/")
+    endif()
+    set_target_properties(firewall-control PROPERTIES INSTALL_RPATH "${librariesFromPrograms}")
+    install(TARGETS firewall-control RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
