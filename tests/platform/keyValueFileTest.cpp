@@ -58,6 +58,41 @@ TEST_F(KeyValueFile, ChangesOneKeyAndKeepsTheOtherLines) {
     shell("[ $(ls /tmp/kv) = file ]");
 }
 
+// Blanks around keys and bare values do not count; quotes keep those inside them.
+TEST_F(KeyValueFile, ReadsOneValue) {
+    const char* const rows[][2] = {
+        {"k=\"v\"", "v"},
+        {" k\t= v w", "v w"},
+        {"k=\"  v  w \"", "  v  w "},
+        {"#k=a", ""},
+        {"k=a=b # c", "a=b # c"},
+        {"k=\"\"", ""},
+        {"k=\"a", "\"a"},
+        {"K=d", ""},
+        {"k=1\nk=2", "2"},
+    };
+    for (const auto& [text, value] : rows) {
+        writeFile(path_, text);
+        EXPECT_EQ(get(path_, "k"), value) << text;
+    }
+    writeFile(path_, "k=abcdefghijklmnopqrstuvwxyz");
+    char small[16];
+    EXPECT_EQ(VLIBCFileGetKeyValue(path_.c_str(), "k", small, sizeof small, 0), 15);
+    EXPECT_STREQ(small, "abcdefghijklmno");
+    EXPECT_EQ(get(place_ / "missing", "k"), "");
+    EXPECT_EQ(get("/tmp/kv", "k"), "error");
+}
+
+TEST_F(KeyValueFile, RefusesWhatCouldNotBeReadBack) {
+    const char* const rows[][2] = {{"#k", "v"},   {"k=l", "v"},  {"k\nl", "v"},
+                                   {"k", "a\nb"}, {"k", "a\"b"}, {"", "v"}};
+    writeFile(path_, "k=v\n");
+    for (const auto& [key, value] : rows) {
+        EXPECT_LT(set(path_, key, value), 0) << key << value;
+    }
+    EXPECT_EQ(readFile(path_), "k=v\n");
+}
+
 TEST_F(KeyValueFile, KeepsTheModeOrIsReadableForAll) {
     const mode_t mask = umask(0077);
     EXPECT_EQ(0, set(path_, "k", "v"));
