@@ -2,49 +2,144 @@
 
 #include <boost/algorithm/string.hpp>
 #include <sstream>
+#include <stdexcept>
 
 namespace test {
 namespace {
 
-using Words = std::map<std::string, int>;
+using FW::FWRULE;
+using List = std::vector<std::string>;
+using Words = std::map<std::string, std::int32_t>;
 
-const Words kPolicies = {{"allow", FW::FW_POLICY_ALLOW},
-                         {"deny", FW::FW_POLICY_DENY},
-                         {"none", FW::FW_POLICY_NONE},
-                         {"partial", FW::FW_POLICY_PARTIAL}};
-const Words kGroups = {{"services", FW::FW_PORT_GROUP_SERVICE},
-                       {"ports", FW::FW_PORT_GROUP_PORT},
-                       {"reserved", FW::FW_PORT_GROUP_RESERVED_SERVICE},
-                       {"any", FW::FW_PORT_GROUP_ALL}};
-const Words kProtocols = {
-    {"tcp", FW::FW_PROTOCOL_TCP}, {"udp", FW::FW_PROTOCOL_UDP}, {"both", FW::FW_PROTOCOL_BOTH}};
+struct Field {
+    const char* name;
+    std::int32_t FWRULE::*code;
+    Words words;
+    // What follows the words, except the one that needs none.
+    List FWRULE::*list = nullptr;
+    const char* wordWithoutList = "";
+};
 
-int codeOf(const Words& words, const std::string& word) {
-    const auto found = words.find(word);
-    return found == words.end() ? std::stoi(word) : found->second;
+const Words kPolicies = {{"allow", 0}, {"deny", 1}, {"none", 2}, {"partial", 3}};
+const std::vector<Field> kFields = {
+    {"portGroup",
+     &FWRULE::portGroup,
+     {{"services", 0}, {"ports", 1}, {"reserved", 2}, {"any", 3}},
+     &FWRULE::portList,
+     "any"},
+    {"protocol",
+     &FWRULE::protocol,
+     {{"tcp", 1}, {"udp", 2}, {"both", 3}, {"icmp", 4}, {"igmp", 32}}},
+    {"portDirect", &FWRULE::portDirect, {{"destination", 0}, {"source", 1}}},
+    {"ipGroup",
+     &FWRULE::ipGroup,
+     {{"host", 0}, {"subnet", 1}, {"nowhere", 2}, {"country", 3}, {"range", 4}, {"everywhere", 5}},
+     &FWRULE::ipList,
+     "everywhere"},
+    {"ipDirect", &FWRULE::ipDirect, {{"to", 0}, {"from", 1}}},
+    {"ipType", &FWRULE::ipType, {{"v4", 0}, {"v6", 1}, {"v46", 2}}},
+    {"adapterDirect", &FWRULE::adapterDirect, {{"out", 0}, {"in", 1}}},
+};
+
+FWRULE newRule() {
+    FWRULE rule;
+    rule.ipGroup = FW::FW_IP_GROUP_ALL;
+    return rule;
 }
 
-std::string wordOf(const Words& words, int code) {
+// "~" is a blank, and '' an empty text.
+List listOf(const std::string& text) {
+    List list;
+    if (text != "-") {
+        boost::split(list, boost::erase_all_copy(boost::replace_all_copy(text, "~", " "), "''"),
+                     boost::is_any_of(","));
+    }
+    return list;
+}
+
+template <typename Texts>
+std::string listText(const Texts& list) {
+    return list.empty() ? "-" : boost::join(list, ",");
+}
+
+std::string wordOf(const Words& words, std::int32_t code) {
     for (const auto& [word, wordCode] : words) {
         if (wordCode == code) {
             return word;
         }
     }
-    return std::to_string(code);
+    return "";
+}
+
+// "table=mangle" and the like.
+void setNamed(const std::string& name, const std::string& value, FWRULE& rule) {
+    if (name == "table") {
+        rule.table = value;
+    } else if (name == "name") {
+        rule.name = value;
+    } else if (name == "labels") {
+        rule.labelList = listOf(value);
+    } else if (name == "chains") {
+        const List chains = listOf(value);
+        rule.chainList.insert(chains.begin(), chains.end());
+    } else {
+        const auto field = std::find_if(kFields.begin(), kFields.end(),
+                                        [&](const Field& each) { return name == each.name; });
+        if (field == kFields.end()) {
+            throw std::invalid_argument(name);
+        }
+        rule.*field->code = std::stoi(value);
+    }
+}
+
+void setWord(const std::string& word, std::istream& rest, FWRULE& rule) {
+    for (const Field& field : kFields) {
+        const auto found = field.words.find(word);
+        if (found == field.words.end()) {
+            continue;
+        }
+        rule.*field.code = found->second;
+        if (std::string list; field.list != nullptr && word != field.wordWithoutList) {
+            rest >> list;
+            rule.*field.list = listOf(list);
+        }
+        return;
+    }
+    throw std::invalid_argument(word);
+}
+
+std::string fieldText(const Field& field, const FWRULE& rule) {
+    const std::string word = wordOf(field.words, rule.*field.code);
+    const std::string code =
+        word.empty() ? std::string(field.name) + "=" + std::to_string(rule.*field.code) : word;
+    if (field.list == nullptr || (word == field.wordWithoutList && (rule.*field.list).empty())) {
+        return code;
+    }
+    const std::string list = " " + listText(rule.*field.list);
+    return word.empty() || word == field.wordWithoutList
+               ? wordOf(field.words, 0) + list + " " + code
+               : word + list;
 }
 
 }  // namespace
 
 FW::FW_POLICY parsePolicy(const std::string& word) {
-    return static_cast<FW::FW_POLICY>(codeOf(kPolicies, word));
+    const auto found = kPolicies.find(word);
+    return static_cast<FW::FW_POLICY>(found == kPolicies.end() ? std::stoi(word) : found->second);
 }
 
-std::string policyText(FW::FW_POLICY policy) { return wordOf(kPolicies, policy); }
+std::string policyText(FW::FW_POLICY policy) {
+    const std::string word = wordOf(kPolicies, policy);
+    return word.empty() ? std::to_string(policy) : word;
+}
 
-FW::FWRULE parseRule(const std::string& text) {
-    FW::FWRULE rule;
-    rule.ipGroup = FW::FW_IP_GROUP_ALL;
-    std::istringstream words(text);
+bool isFirstWordOfRule(const std::string& word) {
+    return word == "off" || kPolicies.count(word) != 0;
+}
+
+FWRULE parseRule(const std::string& text) {
+    FWRULE rule = newRule();
+    std::istringstream words(boost::replace_all_copy(text, " some", " host 10.0.0.9"));
     std::string word;
     words >> word;
     if (word == "off") {
@@ -52,33 +147,35 @@ FW::FWRULE parseRule(const std::string& text) {
         words >> word;
     }
     rule.policy = parsePolicy(word);
-    words >> word;
-    rule.portGroup = codeOf(kGroups, word);
-    if (rule.portGroup != FW::FW_PORT_GROUP_ALL) {
-        words >> word;
-        boost::split(rule.portList, word, boost::is_any_of(","));
-    }
     while (words >> word) {
-        if (word == "some") {
-            rule.ipGroup = FW::FW_IP_GROUP_HOST;
-            rule.ipList = {"10.0.0.9"};
-        } else if (word == "source") {
-            rule.portDirect = 1;
+        const std::size_t equals = word.find('=');
+        if (equals != std::string::npos) {
+            setNamed(word.substr(0, equals), word.substr(equals + 1), rule);
+        } else if (word == "log") {
+            rule.blLog = true;
         } else {
-            rule.protocol = codeOf(kProtocols, word);
+            setWord(word, words, rule);
         }
-    }
-    if (rule.portList == std::vector<std::string>{"-"}) {
-        rule.portList.clear();
     }
     return rule;
 }
 
-std::string ruleText(const FW::FWRULE& rule) {
-    return (rule.enable ? "" : "off ") + policyText(rule.policy) + " " +
-           wordOf(kGroups, rule.portGroup) + " " + boost::join(rule.portList, ",") +
-           (rule.ipGroup == FW::FW_IP_GROUP_ALL ? "" : " some") +
-           (rule.portDirect == 0 ? " " : " source ") + wordOf(kProtocols, rule.protocol);
+std::string ruleText(const FWRULE& rule) {
+    const FWRULE usual = newRule();
+    std::string text = (rule.enable ? "" : "off ") + policyText(rule.policy);
+    for (const Field& field : kFields) {
+        const bool isAlwaysSaid =
+            field.code == &FWRULE::portGroup || field.code == &FWRULE::protocol;
+        if (isAlwaysSaid || fieldText(field, rule) != fieldText(field, usual)) {
+            text += " " + fieldText(field, rule);
+        }
+    }
+    text += rule.blLog ? " log" : "";
+    text += rule.table == usual.table ? "" : " table=" + rule.table;
+    text += rule.chainList == usual.chainList ? "" : " chains=" + listText(rule.chainList);
+    text += rule.name.empty() ? "" : " name=" + rule.name;
+    text += rule.labelList.empty() ? "" : " labels=" + listText(rule.labelList);
+    return text;
 }
 
 }  // namespace test

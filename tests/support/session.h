@@ -8,17 +8,24 @@
 
 namespace test {
 
-// Runs commands and tells what came of them: the result and what the operation filled, then
-// "> ..." for what the platform was asked for (fakePlatform.h), where the lines that always come
-// together are one, and "! ..." for the system log (systemLog.h). "{text*3}" is the text thrice.
+// Empty files but for the services and modules of store.h, and a new fake platform.
+void clearHost();
+
+// Runs commands on a new host. What came of a command is
+//
+//   RESULT WHAT-IT-FILLED > EVENT > EVENT ! LOG LINE ! LOG LINE
+//
+// The events are what the platform was asked for (fakePlatform.h); those that always come together
+// are one. "store/" stands for the path of the store.
 class Session {
   public:
-    std::string run(const std::string& text);
+    Session();
+
+    // Runs "COMMAND; COMMAND...". A command that only prepares has no result.
+    std::string run(const std::string& commands);
 
   private:
-    // The command "failEach COMMAND": runs it as often as it leads to events, each time with
-    // another one failing, from the same settings and note of modules.
-    std::string runFailingAtEach(const std::string& command);
+    std::string runOne(const std::string& command);
 
     SystemLog log_;
 };
