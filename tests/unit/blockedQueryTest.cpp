@@ -1,117 +1,169 @@
+// What the blocked queries make of rules; sessions/blockedQuery.txt has their other cases.
+
 #include <gtest/gtest.h>
 
-#include <cctype>
+#include <boost/algorithm/string.hpp>
 
+#include "tests/support/session.h"
 #include "tests/support/store.h"
-#include "tests/support/systemLog.h"
-#include "zamofirewall/controller.h"
 
 namespace {
 
-using Answers = std::map<std::string, FW::FW_POLICY>;
+class BlockedQuery : public testing::Test {
+  protected:
+    BlockedQuery() { test::writeSettings(true, "home"); }
 
-const std::string kTables = GOLDEN_DIRECTORY "/blockedQuery/";
-
-// Rules for every port. A, D, N and U have the policies ALLOW, DENY, NONE and 7; a small letter is
-// a rule for some addresses only.
-std::vector<FW::FWRULE> rules(const std::string& letters) {
-    std::vector<FW::FWRULE> list;
-    for (const char letter : letters) {
-        const std::size_t policy = std::string("adn....u").find(letter | 0x20);
-        list.push_back(test::portRule(static_cast<FW::FW_POLICY>(policy), {}));
-        list.back().portGroup = FW::FW_PORT_GROUP_ALL;
-        list.back().ipGroup = std::islower(letter) ? FW::FW_IP_GROUP_HOST : FW::FW_IP_GROUP_ALL;
+    std::string ask(const std::string& profile, const std::string& question) {
+        return session_.run("profile 1 home " + profile + "; " + question);
     }
-    return list;
-}
 
-// A cell is what a rule leads to alone, before U and before A. Where the walk stops, the three are
-// equal; the rules that follow tell the working values, which no answer shows, from each other.
-TEST(BlockedQuery, WalksByTheTransitionTables) {
+    // The answer for eth0 and the port 22.
+    std::string answer(const std::string& profile, const std::string& port = "22") {
+        const std::string outcome = ask(profile, "fwPortIsBlocked eth0 " + port);
+        return boost::erase_first_copy(boost::erase_last_copy(outcome, " global=none"),
+                                       "true eth0=");
+    }
+
+  private:
+    test::Session session_;
+};
+
+// A cell is what a rule leads to alone, before a rule with the policy 7, and before one that
+// allows: Allow, Deny, None, Partial or 7. Where the walk stops, the three are equal; the rules
+// that follow tell the working values, which no answer shows, from each other.
+TEST_F(BlockedQuery, WalksByTheTransitionTables) {
     const struct {
-        std::string letters;
+        std::string addresses;
         std::string defaultPolicies;
-        std::string cells;
-    } rows[] = {{"ADNU", "012", "000 111 222 777 "}, {"ADNU", "4", "000 333 000 000 "},
-                {"ADNU", "5", "333 111 000 000 "},   {"ADNU", "36", "000 000 000 000 "},
-                {"adnu", "0", "070 303 070 070 "},   {"adnu", "1", "300 070 070 070 "},
-                {"adnu", "2", "300 303 070 070 "},   {"adnu", "4", "070 333 000 000 "},
-                {"adnu", "5", "333 070 000 000 "},   {"adnu", "36", "000 000 000 000 "}};
-    test::clearFiles();
-    test::writeSettings(true, "home");
-    FW::FWPROFILE profile;
-    profile.name = "home";
+        std::string cells;  // of rules with the policies ALLOW, DENY, NONE and 7
+    } rows[] = {{"", "012", "aaa ddd nnn 777 "},   {"", "4", "aaa ppp aaa aaa "},
+                {"", "5", "ppp ddd aaa aaa "},     {"", "36", "aaa aaa aaa aaa "},
+                {"some", "0", "a7a pap a7a a7a "}, {"some", "1", "paa a7a a7a a7a "},
+                {"some", "2", "paa pap a7a a7a "}, {"some", "4", "a7a ppp aaa aaa "},
+                {"some", "5", "ppp a7a aaa aaa "}, {"some", "36", "aaa aaa aaa aaa "}};
     for (const auto& row : rows) {
         for (const char policy : row.defaultPolicies) {
-            profile.adapterPolicyMap["eth0"] = static_cast<FW::FW_POLICY>(policy - '0');
             std::string cells;
-            for (const char letter : row.letters) {
-                for (const char* next : {"", "U", "A"}) {
-                    profile.rules["eth0"] = rules(letter + std::string(next));
-                    test::writeProfile("1.json", profile);
-                    Answers answers;
-                    EXPECT_TRUE(FW::ZAMOFW().fwPortIsBlocked({0, 1, "22"}, "eth0", answers));
-                    cells += std::to_string(answers["eth0"]);
+            for (const char* rulePolicy : {"allow", "deny", "none", "7"}) {
+                const std::string rule = std::string("eth0=") + policy + ", eth0 " + rulePolicy +
+                                         " any " + row.addresses;
+                for (const char* next : {"", ", eth0 7 any", ", eth0 allow any"}) {
+                    cells += answer(rule + next)[0];
                 }
                 cells += " ";
             }
-            EXPECT_EQ(cells, row.cells) << row.letters << " from " << policy;
+            EXPECT_EQ(cells, row.cells) << "from " << policy << " " << row.addresses;
         }
     }
 }
 
-class BlockedQueryTable : public testing::TestWithParam<std::string> {};
-
-// A row holds the adapters' "rules" and "policies", what is asked ("port": direction, protocol,
-// text; or "service"; and "adapter"), and the "answers", without which the query fails. "settings",
-// no "catalogue" and the answers "before" are the exception.
-TEST_P(BlockedQueryTable, HasTheAnswersAndTheLog) {
-    for (const Json::Value& row : test::json(test::readFile(kTables + GetParam()))) {
-        test::clearFiles();
-        if (row.get("catalogue", true).asBool()) {
-            test::writeServices();
+// A rule that denies speaks of a query of which it covers a bit, another one only of a query of
+// which it covers all.
+TEST_F(BlockedQuery, ComparesPorts) {
+    const struct {
+        std::string rule;
+        std::string queries;
+        std::string expected;  // the policies of the rules that speak of the query
+    } rows[] = {
+        {"ports 21,22", "22", "both"},
+        {"ports 21,23", "22", "none"},
+        {"ports -", "0", "none"},
+        {"ports 10-20", "15, 10-20, 9, 21", "both both none none"},
+        {"ports 10-20", "15-25, 5-10, 20-25, 9-21", "deny deny deny deny"},
+        {"ports 1-5,6-9", "4-7", "deny"},
+        {"ports 22", "22 udp", "none"},
+        {"ports 22 udp", "22 both", "deny"},
+        {"ports 22 both", "22 udp, 22 both", "both both"},
+        {"ports 22 source", "22 source, 22", "both none"},
+        {"ports 22 both source", "22 both", "none"},
+        {"ports 22 portDirect=2", "22 source", "none"},
+        {"ports 80-20", "50", "none"},
+        {"ports 50", "80-20", "allow"},
+        {"ports ssh", "''", "both"},
+        {"ports 22x", "~22", "both"},
+        {"ports -5", "3", "both"},
+        {"ports 1-2-9", "3", "none"},
+        {"ports 22 igmp", "22 igmp", "both"},
+        {"services off,ssh udp source", "22", "both"},
+        {"services off,x", "23", "none"},
+        {"services ssh", "22 source", "none"},
+        {"services dns,web", "443 both, 443", "deny both"},
+        {"services dhcp", "68 udp source, 68 udp, 67 udp portDirect=2", "both none none"},
+        {"reserved sip", "5060 both, 5060 udp", "both both"},
+        {"any", "9 udp source", "both"},
+        {"ports 22 portGroup=4", "22", "none"},
+        {"ports 22 portGroup=-1", "22", "none"},
+    };
+    for (const auto& row : rows) {
+        std::vector<std::string> queries;
+        boost::iter_split(queries, row.queries, boost::first_finder(", "));
+        std::string actual;
+        for (const std::string& query : queries) {
+            const bool allows = answer("eth0=none, eth0 allow " + row.rule, query) == "allow";
+            const bool denies = answer("eth0=none, eth0 deny " + row.rule, query) == "deny";
+            actual += allows && denies ? " both" : allows ? " allow" : denies ? " deny" : " none";
         }
-        Json::Value profile;
-        profile["name"] = "home";
-        profile["rules"] = row["rules"];
-        profile["adapterPolicyMap"] = row["policies"];
-        test::writeFile(test::kStore + std::string("1.json"), profile.toStyledString());
-        test::writeSettings(true, "home");
-        if (row.isMember("settings")) {
-            test::writeFile(test::kSettings, row["settings"].asString());
-        }
-        Answers answers;
-        for (const std::string& name : row["before"].getMemberNames()) {
-            answers[name] = static_cast<FW::FW_POLICY>(row["before"][name].asInt());
-        }
-
-        test::SystemLog log;
-        FW::ZAMOFW controller;
-        const std::string adapter = row["adapter"].asString();
-        const Json::Value& port = row["port"];
-        const bool done =
-            port.isNull()
-                ? controller.fwServIsBlocked(row["service"].asString(), adapter, answers)
-                : controller.fwPortIsBlocked({port[0].asInt(), port[1].asInt(), port[2].asString()},
-                                             adapter, answers);
-
-        Json::Value actual = row;
-        actual.removeMember("log");
-        actual.removeMember("answers");
-        if (done) {
-            actual["answers"] = Json::objectValue;
-        }
-        for (const auto& [name, answer] : done ? answers : Answers()) {
-            actual["answers"][name] = answer;
-        }
-        for (const std::string& line : log.take()) {
-            actual["log"].append(line);
-        }
-        EXPECT_EQ(actual, row);
+        EXPECT_EQ(actual, " " + row.expected) << row.rule;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Golden, BlockedQueryTable, testing::ValuesIn(test::namesIn(kTables)),
-                         [](const auto& row) { return row.param.substr(0, row.param.find('.')); });
+TEST_F(BlockedQuery, AsksTheRulesForEveryAdapterFirst) {
+    const struct {
+        std::string rules;
+        std::string adapter;
+        std::string answers;
+    } rows[] = {
+        {", global allow any, eth2 deny any", "''", "eth0=allow eth1=allow global=allow"},
+        {", global allow any, eth2 deny any", "eth2", "eth2=allow global=allow"},
+        {", global deny any, eth2 allow any", "eth0", "eth0=deny global=deny"},
+        {", global allow any some, global deny any some", "''",
+         "eth0=partial eth1=partial global=partial"},
+        {", global deny any some, global allow any some", "eth1", "eth1=partial global=partial"},
+        {", global allow any some, global allow any some", "eth0", "eth0=allow global=allow"},
+        {", global none any some", "eth0", "eth0=allow global=allow"},
+        {", global none any", "eth0", "eth0=deny global=none"},
+        {", global allow any some", "eth0", "eth0=deny global=none"},
+        {", global allow any some", "''", "eth0=deny eth1=allow global=none"},
+        {", global deny any some", "eth0", "eth0=deny global=partial"},
+        {", global deny any some", "''", "eth0=deny eth1=allow global=allow"},
+        {", global deny any some", "eth2", "eth2=allow global=partial"},
+        {", global deny any some", "global", "global=allow"},
+        {", global allow any some, global deny any", "eth0", "eth0=deny global=partial"},
+        {", global allow any some, global deny any", "''", "eth0=deny eth1=allow global=deny"},
+        {", global deny any some, global allow any", "eth1", "eth1=allow global=partial"},
+        {", global off deny any", "''", "eth0=deny eth1=allow global=none"},
+        {", eth2 deny any", "''", "eth0=deny eth1=allow eth2=deny global=none"},
+        {", eth2 deny any some", "eth2", "eth2=partial global=none"},
+        {"", "eth2", "eth2=allow global=none"},
+        {"", "''", "eth0=deny eth1=allow global=none"},
+        {", global deny any some, eth2 allow any", "eth3", "eth3=allow global=partial"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(ask("eth0=deny eth1=allow global=none" + row.rules,
+                      "fwPortIsBlocked " + row.adapter + " 22"),
+                  "true " + row.answers)
+            << row.rules << row.adapter;
+    }
+}
+
+TEST_F(BlockedQuery, TakesTheMostSevereAnswerForAService) {
+    const char* const rows[][2] = {
+        {"eth0=allow, eth0 deny ports 80", "deny"},
+        {"eth0=allow, eth0 deny ports 443", "deny"},
+        {"eth0=allow, eth0 deny ports 80 some", "partial"},
+        {"eth0=allow, eth0 deny ports 443 some", "partial"},
+        {"eth0=allow, eth0 deny ports 80 some, eth0 deny ports 443", "deny"},
+        {"eth0=allow, eth0 deny ports 80, eth0 deny ports 443 some", "deny"},
+        {"eth0=deny, eth0 none ports 80, eth0 allow ports 443", "allow"},
+        {"eth0=deny, eth0 allow ports 80, eth0 none ports 443", "allow"},
+        {"eth0=none, eth0 7 ports 80", "7"},
+        {"eth0=none, eth0 7 ports 443", "none"},
+    };
+    for (const auto& [profile, expected] : rows) {
+        EXPECT_EQ(ask(profile, "fwServIsBlocked eth0 web"),
+                  std::string("true eth0=") + expected + " global=none")
+            << profile;
+    }
+}
 
 }  // namespace
