@@ -22,7 +22,7 @@ FakePlatform instance;
 constexpr const char* kExecutionLock = "/tmp/firewall_iptables_exec.lock";
 int executionLockDescriptor = -1;
 
-// 0 or, for an event that fails, -1.
+// -1 for an event that fails, else 0.
 int record(const std::string& event) {
     if (instance.onEvent) {
         instance.onEvent(event);
@@ -33,8 +33,8 @@ int record(const std::string& event) {
 
 int recordModules(const std::string& what, const char* service, const VLIBCSzList* modules) {
     std::string event = what + " " + service + ":";
-    for (int i = 0; const char* module = VLIBCSzListGet(modules, i); ++i) {
-        event += std::string(" ") + module;
+    for (int i = 0; VLIBCSzListGet(modules, i) != nullptr; ++i) {
+        event += std::string(" ") + VLIBCSzListGet(modules, i);
     }
     return record(event);
 }
@@ -111,7 +111,7 @@ int ZAMOPPPoeIntfGet(char* buffer, int size) {
     return platform().pppoeFails ? -1 : 0;
 }
 
-// Nothing promises that an empty text is no address; whoever means "none" must ask for that.
+// The platform does not promise that an empty text is no address: callers must check for it.
 int BlVLIBIsIpAddr(const char* text) {
     static auto* const real = test::realFunction(BlVLIBIsIpAddr, "BlVLIBIsIpAddr");
     return *text == '\0' ? 1 : real(text);

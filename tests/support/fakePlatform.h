@@ -1,5 +1,5 @@
-// A platform that records what it is asked for, in place of those functions of the real one that
-// reach out of the process. A test program that has these functions is served by them.
+// A platform that records what it is asked for. It replaces those functions of the real one that
+// reach out of the process, in every test program that links this file.
 #ifndef TESTS_SUPPORT_FAKEPLATFORM_H
 #define TESTS_SUPPORT_FAKEPLATFORM_H
 
@@ -20,7 +20,7 @@ struct FakePlatform {
     //   "lock", "unlock"                             the execution lock
     std::vector<std::string> events;
 
-    // Whether the event fails; by default none does.
+    // Whether the event fails. By default none does.
     std::function<bool(const std::string& event)> fails;
     // Called at each event before it is recorded.
     std::function<void(const std::string& event)> onEvent;
@@ -29,13 +29,13 @@ struct FakePlatform {
     bool interfacesFail = false;
     std::string pppoe;
     bool pppoeFails = false;
-    // What the network tool prints; an interface that is not here gets its own name.
+    // What the network tool prints for an interface, by default the name of the interface.
     std::map<std::string, std::string> routers;
     // Opens what the network tool prints; by default a file that holds it.
     std::function<FILE*(const std::string& answer)> openAnswer;
 };
 
-// The one that is asked. clearPlatform() makes it anew.
+// The platform in use. clearPlatform() replaces it by a new one.
 FakePlatform& platform();
 void clearPlatform();
 

@@ -1,4 +1,4 @@
-// Command lines and the fake platform's events, made short for sessions.
+// Short texts for command lines, events of the fake platform and log lines.
 #ifndef TESTS_SUPPORT_LINETEXT_H
 #define TESTS_SUPPORT_LINETEXT_H
 
@@ -9,20 +9,22 @@
 
 namespace test {
 
-// A command list: " / 46: -j DROP | eth0 / 4: -i eth0 -j DROP & -o eth0 -j DROP". The lines of
-// "global" come first, then "|" and the other adapters. A text stands for a line of the table
-// "filter" in the chain FORWARD_FIREWALL, and for the same one in INPUT_FIREWALL. "/" begins a
-// rule, "&" another line of it, and a number tells the families from there on. Other lines are
-// whole. Of the usual lines, ".." is shown between others.
+// A command list: " / 46: -j DROP | eth0 / 4: -i eth0 -j DROP & -o eth0 -j DROP".
+//
+//   | NAME        begins an adapter; the lines of "global" come before the first
+//   / and &       begin a rule, and another line of the same rule
+//   4: 6: 46:     the families of what follows
+//   -i eth0 ...   a line of the table "filter" that is in both chains; other lines are whole
+//   ..            lines of `usual`, which are shown only as a gap between others
 std::string lineText(const Json::Value& commands, const Json::Value& usual);
 
-// " > lock > close > 19 rules": what always comes together is "close" and "open" for the policies,
-// "flush" for the chains, "load" and "unload" for the firewall's modules. Lines of rules and
-// questions to the network tool are counted. The hooks are shown without "net/firewall_".
+// The fake platform's events: " > lock > close > 19 rules". Events that always come together have a
+// name: "close" and "open" the policies, "flush" the chains, "load" and "unload" the firewall's
+// modules. Rules, and questions to the network tool, are counted. Hooks lose "net/firewall_".
 std::string eventText(std::vector<std::string> events);
 
-// " ! fwDB: ... ! fwIptables: ...": the lines of the system log. Some that come together are one:
-// "failed COMMAND", "unwritable profile FILE", "unreadable SETTINGS FILE", "empty store".
+// Lines of the system log: " ! fwDB: ... ! zamoFW: ...". Some that come together have a name:
+// "failed COMMAND", "unwritable profile FILE", "unreadable SETTINGS", "empty store".
 std::string logText(const std::vector<std::string>& lines);
 
 }  // namespace test

@@ -23,7 +23,7 @@ int inChild(const std::function<int()>& action);
 // Waits until the condition holds; false after a minute.
 bool eventually(const std::function<bool()>& condition);
 
-// False for a root who is the only user of its namespace.
+// False where root is the only user of its namespace.
 bool canChangeOwners();
 
 }  // namespace test

@@ -30,14 +30,17 @@ using FW::ZAMOFW_PROFILE;
 using Answers = std::map<std::string, FW::FW_POLICY>;
 using Texts = std::vector<std::string>;
 
-// One word of a command, as whatever type an operation takes. '' is the empty text, NULL no text,
-// and "~" a blank.
+FWPROFILE parseProfile(const std::string& text);
+
+// A part of a command, as whatever type an operation takes. '' is the empty text, NULL no text.
 struct Word {
     std::string text;
 
     operator std::string() const { return text; }
     operator const char*() const { return text == "NULL" ? nullptr : text.c_str(); }
     operator Texts() const { return {text}; }
+    operator Json::Value() const { return json(text); }
+    operator FWPROFILE() const { return parseProfile(text); }
     operator bool() const { return text == "true"; }
     operator int() const { return std::stoi(text); }
     operator FW::FW_POLICY() const { return parsePolicy(text); }
@@ -51,7 +54,11 @@ class Arguments {
     }
     Word word(std::size_t index) const {
         const std::string& word = words_.at(index);
-        return {word == "''" ? "" : boost::replace_all_copy(word, "~", " ")};
+        return {word == "''" ? "" : word};
+    }
+    // The last part takes the rest.
+    Word part(std::size_t index, std::size_t count) const {
+        return index + 1 < count || from(index) == "''" ? word(index) : Word{from(index)};
     }
     Texts wordsFrom(std::size_t index) const {
         const auto begin = words_.begin() + static_cast<long>(std::min(index, words_.size()));
@@ -96,25 +103,20 @@ std::string show(bool result, const Output& output) {
     return show(result) + " " + show(output);
 }
 
-// Operations whose arguments are all words.
 template <typename Function, std::size_t... indexes>
-Operation bindWords(Function function, std::index_sequence<indexes...>) {
-    return [function](const Arguments& a) { return show(function(a.word(indexes)...)); };
+Operation bindParts(Function function, std::index_sequence<indexes...>) {
+    return [function](const Arguments& a) {
+        return show(function(a.part(indexes, sizeof...(indexes))...));
+    };
 }
 template <typename Result, typename... Parameters>
 Operation call(Result (*function)(Parameters...)) {
-    return bindWords(function, std::index_sequence_for<Parameters...>());
+    return bindParts(function, std::index_sequence_for<Parameters...>());
 }
 template <typename Object, typename Result, typename... Parameters>
 Operation call(Result (Object::*member)(Parameters...)) {
-    return bindWords([member](Parameters... words) { return (Object().*member)(words...); },
+    return bindParts([member](Parameters... parts) { return (Object().*member)(parts...); },
                      std::index_sequence_for<Parameters...>());
-}
-
-// One that takes a document.
-template <typename Object, typename Document>
-Operation take(bool (Object::*member)(Document)) {
-    return [member](const Arguments& a) { return show((Object().*member)(json(a.from(0)))); };
 }
 
 // One that fills something.
@@ -139,20 +141,20 @@ Operation prepare(Action action) {
     return [action](const Arguments& a) { return action(a), ""; };
 }
 
-// "eth0=deny global=none, eth0 allow ports 22, deny any": policies, then rules, of which those
-// without an adapter are for that of the one before.
-FWPROFILE parseProfile(const std::string& name, const std::string& text) {
+// "home eth0=deny global=none, eth0 allow ports 22, deny any": a name, policies, and rules, of
+// which those without an adapter are for that of the one before.
+FWPROFILE parseProfile(const std::string& text) {
     FWPROFILE profile;
-    profile.name = name;
     Texts parts;
     boost::iter_split(parts, text, boost::first_finder(", "));
-    Texts policies;
-    boost::split(policies, parts[0], boost::is_any_of(" "));
-    for (const std::string& entry : policies) {
-        const std::size_t equals = entry.find('=');
-        if (equals != std::string::npos) {
-            profile.adapterPolicyMap[entry.substr(0, equals)] =
-                parsePolicy(entry.substr(equals + 1));
+    Texts words;
+    boost::split(words, parts[0], boost::is_any_of(" "));
+    for (const std::string& word : words) {
+        const std::size_t equals = word.find('=');
+        if (equals == std::string::npos) {
+            profile.name += word;
+        } else {
+            profile.adapterPolicyMap[word.substr(0, equals)] = parsePolicy(word.substr(equals + 1));
         }
     }
     std::string adapter;
@@ -178,11 +180,6 @@ void makeDirectory(const Arguments& a) {
     fs::create_directories(a.path());
 }
 
-// FILE NAME PROFILE
-void writeProfileFile(const Arguments& a) {
-    writeProfile(a.word(0).text + ".json", parseProfile(a.word(1), a.from(2)));
-}
-
 void failEvents(const Arguments& a) {
     platform().fails = [text = a.from(0)](const std::string& event) {
         return !text.empty() && event.find(text) != std::string::npos;
@@ -201,7 +198,7 @@ void breakLocks(const Arguments& a) {
 
 // INTERFACE ANSWER, where "\n" is a line feed
 void setRouter(const Arguments& a) {
-    platform().routers[a.word(0)] = boost::replace_all_copy(a.word(1).text, "\\n", "\n");
+    platform().routers[a.word(0)] = boost::replace_all_copy(a.part(1, 2).text, "\\n", "\n");
 }
 
 std::string showFile(const Arguments& a) {
@@ -218,9 +215,7 @@ std::string showLastError(const Arguments&) {
 // The answers that the next question finds.
 Answers answersBefore;
 
-void setAnswers(const Arguments& a) {
-    answersBefore = parseProfile("", a.from(0)).adapterPolicyMap;
-}
+void setAnswers(const Arguments& a) { answersBefore = parseProfile(a.from(0)).adapterPolicyMap; }
 
 // ADAPTER PORT [source] [tcp|udp|both]
 std::string askPort(const Arguments& a) {
@@ -252,7 +247,7 @@ std::string translate(bool established, const std::string& client, const FWPROFI
 
 // A rule of eth0: its lines alone.
 std::string translateRule(const Arguments& a) {
-    const std::string text = translate(false, "", parseProfile("", ", eth0 " + a.from(0)));
+    const std::string text = translate(false, "", parseProfile(", eth0 " + a.from(0)));
     return text == "true" ? "no line" : boost::erase_first_copy(text, "true | eth0 / ");
 }
 
@@ -296,14 +291,6 @@ std::string countProfiles(const Arguments&) {
     return show(result, static_cast<int>(profiles.size()));
 }
 
-std::string setProfile(const Arguments& a) {
-    return show(ZAMOFW_PROFILE().profileSet(a.word(0), parseProfile(a.word(0), a.from(1))));
-}
-
-std::string createTrial(const Arguments& a) {
-    return show(ZAMOFW_PROFILE().CreateTestProfile(a.word(0), parseProfile("", a.from(1))));
-}
-
 const std::map<std::string, Operation> kOperations = {
     {"anew", prepare(startAnew)},
     {"file", prepare([](const Arguments& a) { writeFile(a.path(), a.from(1) + "\n"); })},
@@ -312,7 +299,9 @@ const std::map<std::string, Operation> kOperations = {
      prepare([](const Arguments& a) { writeFile(a.path(), boost::algorithm::unhex(a.from(1))); })},
     {"mkdir", prepare(makeDirectory)},
     {"rm", prepare([](const Arguments& a) { fs::remove_all(a.path()); })},
-    {"profile", prepare(writeProfileFile)},
+    {"profile", prepare([](const Arguments& a) {
+         writeProfile(a.word(0).text + ".json", parseProfile(a.from(1)));
+     })},
     {"fail", prepare(failEvents)},
     {"breakLocks", prepare(breakLocks)},
     {"interfacesFail", prepare([](const Arguments&) { platform().interfacesFail = true; })},
@@ -330,32 +319,29 @@ const std::map<std::string, Operation> kOperations = {
     {"fwUpdate", call(&ZAMOFW::fwUpdate)},
     {"fwClear", call(&ZAMOFW::fwClear)},
     {"cmdExec", call(&ZAMOFW::cmdExec)},
-    {"fwExec", take(&ZAMOFW::fwExec)},
+    {"fwExec", call(&ZAMOFW::fwExec)},
     {"fwAdapterEnum", listAdapters},
     {"fwStatus", fill(&ZAMOFW::fwStatus)},
     {"fwProfileConfigGet", fill(&ZAMOFW::fwProfileConfigGet)},
     {"fwProfileConfigSet", call(&ZAMOFW::fwProfileConfigSet)},
     {"configGet", fill(&ZAMOFW::configGet)},
-    {"configSet", take(&ZAMOFW::configSet)},
+    {"configSet", call(&ZAMOFW::configSet)},
     {"fwPortIsBlocked", askPort},
     {"fwServIsBlocked", askService},
     {"tryProfile", call<ZAMOFW, bool, std::string>(&ZAMOFW::TestApplyingProfile)},
     {"tryProfileFor",
      call<ZAMOFW, bool, std::string, const std::string&>(&ZAMOFW::TestApplyingProfile)},
-    {"translate",
-     [](const Arguments& a) { return translate(false, "", parseProfile("", a.from(0))); }},
+    {"translate", [](const Arguments& a) { return translate(false, "", parseProfile(a.from(0))); }},
     {"lines", translateRule},
     {"translateFor",
-     [](const Arguments& a) {
-         return translate(a.word(0), a.word(1), parseProfile("", a.from(2)));
-     }},
+     [](const Arguments& a) { return translate(a.word(0), a.word(1), parseProfile(a.from(2))); }},
     {"profileEnum", fill<Texts, ZAMOFW_PROFILE>(&ZAMOFW_PROFILE::profileEnum)},
     {"countProfiles", countProfiles},
     {"profileMetaCreate", fill(&ZAMOFW_JSON_DB::profileMetaCreate)},
     {"profilePathGet", call(&ZAMOFW_JSON_DB::profilePathGet)},
     {"profileDbLoad", fill(&ZAMOFW_JSON_DB::profileDbLoad)},
     {"profileGet", fill(&ZAMOFW_PROFILE::profileGet)},
-    {"profileSet", setProfile},
+    {"profileSet", call(&ZAMOFW_PROFILE::profileSet)},
     {"profileExist", call(&ZAMOFW_PROFILE::profileExist)},
     {"profileCreate", call(&ZAMOFW_PROFILE::profileCreate)},
     {"profileRename", call(&ZAMOFW_PROFILE::profileRename)},
@@ -363,14 +349,14 @@ const std::map<std::string, Operation> kOperations = {
     {"profileAddServToReserve", call(&ZAMOFW_PROFILE::profileAddServToReserve)},
     {"profileRemoveServ", call(&ZAMOFW_PROFILE::profileRemoveServ)},
     {"profileChangeAdapter", call(&ZAMOFW_PROFILE::profileChangeAdapter)},
-    {"CreateTestProfile", createTrial},
+    {"CreateTestProfile", call(&ZAMOFW_PROFILE::CreateTestProfile)},
     {"AdoptTestProfile", call(&ZAMOFW_PROFILE::AdoptTestProfile)},
     {"RemoveTestProfile", call(&ZAMOFW_PROFILE::RemoveTestProfile)},
     {"countryIPGet", countryRanges},
     {"geoipSanctify", usableCountries},
     {"countryEnum", listCountries},
     {"exportConfig", fill(&ZAMOFW_JSON_DB::exportConfig)},
-    {"importConfig", take(&ZAMOFW_JSON_DB::importConfig)},
+    {"importConfig", call(&ZAMOFW_JSON_DB::importConfig)},
     {"isModuleLoad", call(ZAMO_IPTABLES_MODULES::isModuleLoad)},
     {"moduleInsert", call(ZAMO_IPTABLES_MODULES::moduleInsert)},
     {"iptablesModListGet", listModules},

@@ -1,4 +1,4 @@
-// Sessions: what one does with the library, and what is seen of it, as text.
+// Sessions: calls of the library and what comes of them, as text.
 #ifndef TESTS_SUPPORT_SESSION_H
 #define TESTS_SUPPORT_SESSION_H
 
@@ -8,20 +8,19 @@
 
 namespace test {
 
-// Empty files but for the services and modules of store.h, and a new fake platform.
+// Empties the files, writes the services and modules of store.h, and clears the fake platform.
 void clearHost();
 
-// Runs commands on a new host. What came of a command is
+// Runs commands after clearHost(). The outcome of a command is
 //
-//   RESULT WHAT-IT-FILLED > EVENT > EVENT ! LOG LINE ! LOG LINE
+//   RESULT OUTPUT > EVENT > EVENT ! LOG LINE ! LOG LINE
 //
-// The events are what the platform was asked for (fakePlatform.h); those that always come together
-// are one. "store/" stands for the path of the store.
+// lineText.h explains the events and the log lines. "store/" stands for the path of the store.
 class Session {
   public:
     Session();
 
-    // Runs "COMMAND; COMMAND...". A command that only prepares has no result.
+    // Runs "COMMAND; COMMAND..." and returns "OUTCOME; OUTCOME...", without empty outcomes.
     std::string run(const std::string& commands);
 
   private:

@@ -18,26 +18,26 @@ constexpr const char* kSettings = "/usr/zamo/etc/firewall.d/firewall_settings.js
 // Empties the library's paths and makes their directories.
 void clearFiles();
 
-// {a: 1, 'b': 'text'} is easier to read in a test with ' for ".
+// Parses JSON that has ' in place of ".
 Json::Value json(std::string text);
 
-// Writes settings with this profile in force.
+// Writes settings that have this profile in force.
 void writeSettings(bool enabled, const std::string& profile);
 
-// Writes the profile to a file of this name in the store.
+// Writes the profile to this file of the store.
 void writeProfile(const std::string& fileName, const FW::FWPROFILE& profile);
 
-// A service catalogue of "ssh" (tcp 22), "dns" (udp 53), "web" (tcp 80 and 443), "sip" (tcp and udp
-// 5060), "dhcp" (udp 67, source 68), "off" (switched off), "vpn_server_pptp" (tcp 1723).
+// Writes a service catalogue: "ssh" (tcp 22), "dns" (udp 53), "web" (tcp 80 and 443), "sip" (tcp
+// and udp 5060), "dhcp" (udp 67, source 68), "off" (switched off), "vpn_server_pptp" (tcp 1723).
 void writeServices();
 
-// A module list of c1.ko c2.ko | m1.ko | v1.ko | n1.ko n2.ko.
+// Writes a module list: c1.ko c2.ko | m1.ko | v1.ko | n1.ko n2.ko.
 void writeModuleList();
 
-// A rule that lets every address reach the ports.
+// A rule about ports, for every address.
 FW::FWRULE portRule(FW::FW_POLICY policy, const std::vector<std::string>& ports);
 
-// A rule about services.
+// A rule about services, for every address.
 FW::FWRULE serviceRule(FW::FW_POLICY policy, const std::vector<std::string>& services);
 
 }  // namespace test

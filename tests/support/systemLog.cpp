@@ -31,7 +31,7 @@ std::string readable(const std::string& datagram) {
            parts[2].str() + ": " + parts[3].str();
 }
 
-// A queue of the usual ten datagrams would make the code under test wait for this very process.
+// With the usual queue of ten datagrams, the code under test would wait for this process.
 int openSocket() {
     std::ofstream("/proc/sys/net/unix/max_dgram_qlen") << 1000 << std::flush;
     return socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);

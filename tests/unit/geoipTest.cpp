@@ -26,7 +26,7 @@ class CountryRanges : public testing::Test {
     FW::FW_GEOIP geoip_;
 };
 
-// What completes a short record must not be left from the chunk before it.
+// A short record is completed by zeros, not by what the chunk before it left.
 TEST_F(CountryRanges, AreReadAcrossChunks) {
     const std::string content = std::string(4096, '\xFF') + std::string("\2\0\0\0\3", 5);
     test::writeFile(kDirectory + "XX.iv4", content);

@@ -1,7 +1,6 @@
-// Runs the sessions in tests/sessions/. A session is a text of commands (tests/support/session.h)
-// with what must come of them, "$ COMMAND -> OUTCOME", which goes on in lines that begin with four
-// blanks; "#" begins a remark. REGENERATE_GOLDEN=1 writes what does come of them; review the
-// difference like code.
+// Runs the sessions in tests/sessions/. A session has a line "$ COMMAND -> OUTCOME" for each
+// command (tests/support/session.h); lines that begin with four blanks continue it, and "#" begins
+// a remark. REGENERATE_GOLDEN=1 writes the outcomes; review the difference like code.
 
 #include <gtest/gtest.h>
 
