@@ -11,6 +11,7 @@
 #include <new>
 
 #include "platform/base/childStatus.h"
+#include "posix/descriptor.h"
 
 namespace zamo {
 namespace {
@@ -45,28 +46,47 @@ class FileActions {
     posix_spawn_file_actions_t actions_;
 };
 
-class DefaultSignals {
+// Default signals, and a process group or session of its own.
+class Attributes {
   public:
-    DefaultSignals() {
+    explicit Attributes(short group) {
         require(posix_spawnattr_init(&attributes_));
         sigset_t signals;
-        // Not sigfillset(): it leaves out two that the C library uses, and the child would ignore
-        // them.
+        // sigfillset() would leave out two signals that the C library uses; the program would then
+        // ignore them.
         memset(&signals, 0xff, sizeof signals);
         require(posix_spawnattr_setsigdefault(&attributes_, &signals));
         sigemptyset(&signals);
         require(posix_spawnattr_setsigmask(&attributes_, &signals));
-        require(
-            posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK));
+        require(posix_spawnattr_setpgroup(&attributes_, 0));
+        require(posix_spawnattr_setflags(
+            &attributes_,
+            static_cast<short>(POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | group)));
     }
-    ~DefaultSignals() { (void)posix_spawnattr_destroy(&attributes_); }
-    DefaultSignals(const DefaultSignals&) = delete;
-    DefaultSignals& operator=(const DefaultSignals&) = delete;
+    ~Attributes() { (void)posix_spawnattr_destroy(&attributes_); }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
     const posix_spawnattr_t* get() const { return &attributes_; }
 
   private:
     posix_spawnattr_t attributes_;
 };
+
+bool hasControllingTerminal() {
+    const auto terminal = posix::openFile("/dev/tty", O_RDONLY | O_NOCTTY | O_NONBLOCK);
+    return terminal || errno != ENXIO;
+}
+
+// In a group of its own, a program does not get what the terminal sends to the caller's group: a
+// hangup or Ctrl-C would otherwise end it in the middle of its work. But the terminal stops a
+// background group that reads from it (or writes to it after `stty tostop`), and the caller would
+// wait for ever, so there the program gets a session without a terminal. A session is not the rule
+// because the kernel schedules each one apart (autogroup), which delays starts on a busy machine.
+const posix_spawnattr_t* chooseAttributes() {
+    static const Attributes ownGroup(POSIX_SPAWN_SETPGROUP);
+    static const Attributes ownSession(POSIX_SPAWN_SETSID);
+    return hasControllingTerminal() ? ownSession.get() : ownGroup.get();
+}
 
 // A close-on-exec descriptor on this number is somebody's file, not a standard stream.
 bool isInheritable(int fd) {
@@ -106,7 +126,6 @@ class UsualActions : public FileActions {
 }  // namespace
 
 pid_t startChild(const char* path, const char* const argv[], const ChildSetup& setup) try {
-    static const DefaultSignals signals;
     static const UsualActions usualActions;
     const bool isUsual = UsualActions::suit(setup);
     FileActions ownActions;
@@ -119,7 +138,7 @@ pid_t startChild(const char* path, const char* const argv[], const ChildSetup& s
     const int error = posix_spawn(&child,
                                   path,
                                   actions,
-                                  signals.get(),
+                                  chooseAttributes(),
                                   const_cast<char* const*>(argv),
                                   const_cast<char* const*>(environment));
     if (error == 0) return child;

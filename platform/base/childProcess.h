@@ -15,8 +15,10 @@ struct ChildSetup {
 };
 
 // Starts the program `path` without a shell, with no other descriptor than 0, 1 and 2, an empty
-// signal mask and the default dispositions. Its cost does not grow with the caller's memory or open
-// files. `input` and `output` must be above 2. -1 with errno set when it cannot be started.
+// signal mask, the default dispositions and a process group of its own. If the caller has a
+// controlling terminal, the program also gets a session of its own and so has none. The cost does
+// not grow with the caller's memory. `input` and `output` must be above 2. -1 with errno set when
+// it cannot be started.
 [[nodiscard]] pid_t startChild(const char* path,
                                const char* const argv[],
                                const ChildSetup& setup = {});

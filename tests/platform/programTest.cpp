@@ -1,12 +1,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 #include <zamo/core.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 #include "tests/support/files.h"
@@ -127,6 +130,43 @@ TEST(Program, KeepsItsStatusWhateverTheCallerDoesWithSigchld) {
         });
         EXPECT_EQ(0, result) << "flags " << row.flags;
     }
+}
+
+// A new pseudo-terminal that stops background writers. It becomes the controlling terminal of the
+// calling process, and its output too.
+int takeTerminal() {
+    const int master = open("/tmp/terminals/ptmx", O_RDWR | O_NOCTTY);
+    int number = -1;
+    int unlocked = 0;
+    if (ioctl(master, TIOCSPTLCK, &unlocked) != 0 || ioctl(master, TIOCGPTN, &number) != 0 ||
+        setsid() < 0) {
+        return -1;
+    }
+    const int terminal = open(("/tmp/terminals/" + std::to_string(number)).c_str(), O_RDWR);
+    struct termios settings = {};
+    tcgetattr(terminal, &settings);
+    settings.c_lflag |= TOSTOP;
+    return tcsetattr(terminal, TCSANOW, &settings) == 0 ? dup2(terminal, 1) : -1;
+}
+
+TEST(Program, IsOutOfReachOfTheCallersTerminal) {
+    const Directory place("/tmp/terminals");
+    shell("mount -t devpts -o ptmxmode=0666 devpts /tmp/terminals");
+    for (const bool interactive : {true, false}) {
+        const int result = inChild([interactive] {
+            if ((interactive ? takeTerminal() : setsid()) < 0) {
+                return 1;
+            }
+            signal(SIGHUP, SIG_IGN);
+            const std::string hangUp = "kill -s HUP -- -" + std::to_string(getpid());
+            if (runShell((hangUp + " && echo text").c_str()) != 0) {
+                return 2;
+            }
+            return runShell("exec 2>&-; read -r line </dev/tty") == -1 ? 0 : 3;
+        });
+        EXPECT_EQ(result, 0) << interactive;
+    }
+    shell("umount /tmp/terminals");
 }
 
 TEST(Program, RunsInTheBackgroundAndIsReaped) {

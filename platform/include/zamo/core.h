@@ -27,6 +27,11 @@ enum {
  * /dev/null for one that the caller has closed), no other descriptor, an environment that holds
  * only PATH, no blocked signal and the default signal dispositions.
  *
+ * It runs in a process group of its own, so that a lost terminal or Ctrl-C ends the caller but not
+ * a program in the middle of its work. When the caller has a controlling terminal, the program
+ * runs in a new session: it can write to the terminal through its standard output and error, is
+ * never stopped for it, and cannot open /dev/tty.
+ *
  * `wait` 1 blocks until the program ends: 0 when it exited with status 0; -1 when it could not be
  * started, exited with another status or was ended by a signal. `wait` 0 returns as soon as the
  * program runs, and nobody learns its status.
