@@ -1,12 +1,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <zamo/core.h>
 
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "tests/support/files.h"
 #include "tests/support/processes.h"
@@ -94,6 +97,82 @@ TEST_F(FileLock, TakesNothingButARegularFile) {
         }
     }
     EXPECT_EQ(0, VLIBCFileExist((place_ / "nothing").c_str()));
+}
+
+// Other users' ways to hold a lock, or to keep its file's name from us.
+TEST_F(FileLock, CannotBeHeldOrBlockedByOtherUsers) {
+    shell("chmod 1777 /tmp/locks");
+    // The mode and the owner's number tell what the path names afterwards.
+    const auto lockedFile = [this](const std::string& plant, int exclusive) {
+        shell("cd /tmp/locks; rm -rf lock*; " + plant);
+        const int fd = lock(exclusive, 0);
+        EXPECT_EQ(isFree(0), exclusive == 0) << plant;
+        EXPECT_FALSE(isFree(1)) << plant;
+        VLIBCFileUnlockByFile(fd);
+        return shell("stat -c '%u %a %h %F' /tmp/locks/lock");
+    };
+    const std::string own = "0 600 1 regular empty file\n";
+    std::vector<std::string> plants = {":",
+                                       ": >lock; chmod 666 lock",
+                                       "mkfifo lock",
+                                       "mkdir lock",
+                                       "mkdir -p lock/full",
+                                       "ln -s target lock",
+                                       ": >lock.hard; ln lock.hard lock"};
+    if (canChangeOwners()) {
+        plants.insert(plants.end(), {": >lock; chown 4711 lock", "mkdir lock; chown 4711 lock",
+                                     "mkfifo lock; chown 4711 lock"});
+    }
+    for (const std::string& plant : plants) {
+        for (const int exclusive : {0, 1}) {
+            EXPECT_EQ(lockedFile(plant, exclusive), own) << plant;
+        }
+    }
+    EXPECT_EQ(shell("ls /tmp/locks | sed '/^lock/d'"), "") << "no link was followed";
+}
+
+TEST_F(FileLock, ReplacesAFileThatAnotherUserHolds) {
+    if (!canChangeOwners()) {
+        GTEST_SKIP() << "this root has no other users";
+    }
+    shell("chmod 1777 /tmp/locks; : >/tmp/locks/lock; chown 4711 /tmp/locks/lock");
+    const int foreign = open(kLock, O_RDWR);
+    struct flock all = {};
+    all.l_type = F_WRLCK;
+    ASSERT_EQ(fcntl(foreign, F_OFD_SETLK, &all), 0);
+    // Several of us find it at once; only one of them at a time may have the lock.
+    std::vector<pid_t> processes;
+    for (int i = 0; i < 8; ++i) {
+        processes.push_back(startProcess([this] {
+            for (int round = 0; round < 2000; ++round) {
+                const int fd = lock(1, 60);
+                if (mkdir("/tmp/locks/held", 0700) != 0 || rmdir("/tmp/locks/held") != 0) {
+                    return 1;
+                }
+                if (round % 2 == 0) {
+                    (void)chown(kLock, 4711, 4711);
+                }
+                if (VLIBCFileUnlockByFile(fd) == 0) {
+                    return 2;
+                }
+            }
+            return 0;
+        }));
+    }
+    for (const pid_t process : processes) {
+        EXPECT_EQ(waitFor(process), 0);
+    }
+    // Another user may not replace root's file, and must not wait for it.
+    shell("chown 0 /tmp/locks/lock");
+    EXPECT_EQ(inChild([] {
+                  int fd = -1;
+                  return setuid(4712) == 0 && VLIBCFileLockTimeByFile(kLock, 1, 60, &fd) == 0 &&
+                                 errno == EACCES
+                             ? 0
+                             : 1;
+              }),
+              0);
+    close(foreign);
 }
 
 }  // namespace

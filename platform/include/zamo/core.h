@@ -53,14 +53,21 @@ FILE* VLIBCPopen(const char* mode, const char* const argv[]);
 int VLIBCPclose(FILE* stream);
 
 /*
- * Locks the whole file `path`, which is created when it is missing: `exclusive` 1 excludes every
+ * Locks the whole file `path`, which is created if it is missing: `exclusive` 1 excludes every
  * other lock, 0 only exclusive ones. Waits at most `seconds`, trying about every millisecond; 0
  * tries once. 1 with the descriptor in `*fd`; 0 with errno set (ETIMEDOUT when the time ran out)
- * and `*fd` unchanged. No symbolic link is followed in the last component of `path`. A file that is
- * created is the caller's alone (mode 0600).
+ * and `*fd` unchanged.
  *
- * The lock is a record lock bound to the descriptor: it excludes other processes and other
- * descriptors of this process alike, and the record locks of fcntl() too.
+ * No other user can hold the lock or stop the caller from getting it: a lock file belongs to root or
+ * the caller's effective user and has mode 0600; a wider mode of an own file is reduced to that. A
+ * file of another owner is replaced. So is a symbolic link, FIFO or other special file, or a file
+ * with several hard links, in a directory that others may write to (such as /tmp); in other
+ * directories these are refused. A non-empty directory in the way is renamed. When the caller may
+ * not replace it, the call fails at once (EPERM). This needs a directory that is sticky or
+ * belongs to root or the caller.
+ *
+ * The lock is a record lock bound to the descriptor (F_OFD_SETLK). It excludes other processes,
+ * other descriptors of this process, and the record locks of fcntl(); it does not exclude flock().
  */
 int VLIBCFileLockTimeByFile(const char* path, int exclusive, int seconds, int* fd);
 
