@@ -35,4 +35,8 @@ Descriptor openFile(const std::string& path, int flags, mode_t mode) noexcept {
     return openFile(path.c_str(), flags, mode);
 }
 
+Descriptor openFileAt(int directory, const char* name, int flags) noexcept {
+    return aboveStandardStreams(Descriptor(openat(directory, name, flags | O_CLOEXEC)));
+}
+
 }  // namespace posix

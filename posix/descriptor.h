@@ -41,6 +41,9 @@ class Descriptor {
 [[nodiscard]] Descriptor openFile(const char* path, int flags, mode_t mode = 0) noexcept;
 [[nodiscard]] Descriptor openFile(const std::string& path, int flags, mode_t mode = 0) noexcept;
 
+// The same for a name in an open directory.
+[[nodiscard]] Descriptor openFileAt(int directory, const char* name, int flags) noexcept;
+
 }  // namespace posix
 
 #endif

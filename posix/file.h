@@ -2,6 +2,9 @@
 #ifndef POSIX_FILE_H
 #define POSIX_FILE_H
 
+#include <dirent.h>
+
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -12,6 +15,14 @@ namespace posix {
 
 // Whether the path still names the open file itself: not a link to it, and not a newer file.
 [[nodiscard]] bool isFileAt(int fd, const std::string& path) noexcept;
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const noexcept { (void)closedir(directory); }
+};
+using DirectoryPtr = std::unique_ptr<DIR, DirectoryCloser>;
+
+// opendir(), never on a standard stream's number. Null, with errno set, on failure.
+[[nodiscard]] DirectoryPtr openDirectory(const std::string& path) noexcept;
 
 }  // namespace posix
 

@@ -52,7 +52,7 @@ posix::Descriptor openDirectoryOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     const std::string directory =
         slash == std::string::npos ? "." : path.substr(0, slash == 0 ? 1 : slash);
-    return posix::Descriptor(open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return posix::openFile(directory, O_PATH | O_DIRECTORY);
 }
 
 }  // namespace
@@ -70,8 +70,8 @@ ReadResult readTextFile(const std::string& path, TextFile& file) {
     }
     if (shared && !isTrusted(seen)) return ReadResult::kUntrusted;
 
-    const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (shared ? O_NOFOLLOW : 0);
-    const posix::Descriptor fd(openat(directory.get(), name.c_str(), flags));
+    const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | (shared ? O_NOFOLLOW : 0);
+    const posix::Descriptor fd = posix::openFileAt(directory.get(), name.c_str(), flags);
     if (!fd) return failedToFind();
     return readFrom(fd.get(), shared, file);
 }

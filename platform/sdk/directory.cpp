@@ -20,7 +20,7 @@ constexpr mode_t kParentMode = 0300;
 // In a directory that everybody may write to, a symbolic link could lead anywhere.
 posix::Descriptor openSubdirectory(const posix::Descriptor& parent, const char* name) {
     const int noLink = zamo::isWritableByAll(parent.get()) ? O_NOFOLLOW : 0;
-    return posix::Descriptor(openat(parent.get(), name, O_PATH | O_DIRECTORY | O_CLOEXEC | noLink));
+    return posix::openFileAt(parent.get(), name, O_PATH | O_DIRECTORY | noLink);
 }
 
 posix::Descriptor enterOrCreate(const posix::Descriptor& parent, const char* name, mode_t mode) {
@@ -41,7 +41,7 @@ std::string takeComponent(std::string& path) {
 
 bool makeDirectories(std::string path, mode_t mode) {
     const char* start = path.front() == '/' ? "/" : ".";
-    posix::Descriptor current(open(start, O_PATH | O_DIRECTORY | O_CLOEXEC));
+    posix::Descriptor current = posix::openFile(start, O_PATH | O_DIRECTORY);
     while (current && !path.empty()) {
         const std::string name = takeComponent(path);
         if (name.empty()) break;

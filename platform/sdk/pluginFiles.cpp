@@ -1,6 +1,5 @@
 #include "platform/sdk/pluginFiles.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <syslog.h>
@@ -8,17 +7,12 @@
 
 #include <cerrno>
 #include <cstring>
-#include <memory>
 
 #include "platform/base/textFile.h"
+#include "posix/file.h"
 
 namespace zamo {
 namespace {
-
-struct DirectoryCloser {
-    void operator()(DIR* directory) const { (void)closedir(directory); }
-};
-using DirectoryPtr = std::unique_ptr<DIR, DirectoryCloser>;
 
 enum class FileKind { kPlugin, kNoPlugin, kRefused };
 
@@ -56,7 +50,7 @@ void addEntry(const std::string& path, int directory, const char* name, PluginFi
 
 PluginFiles findPlugins(const std::string& directory) {
     PluginFiles files;
-    const DirectoryPtr opened(opendir(directory.c_str()));
+    const posix::DirectoryPtr opened = posix::openDirectory(directory);
     if (!opened) {
         files.complete = errno == ENOENT;
         if (!files.complete) {

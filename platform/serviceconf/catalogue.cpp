@@ -1,6 +1,5 @@
 #include <zamo/serviceconf.h>
 
-#include <dirent.h>
 #include <syslog.h>
 
 #include <cerrno>
@@ -16,6 +15,7 @@
 #include "platform/base/export.h"
 #include "platform/base/fail.h"
 #include "platform/serviceconf/serviceFile.h"
+#include "posix/file.h"
 
 namespace {
 
@@ -38,11 +38,6 @@ constexpr std::string_view kSuffix = ".json";
 
 using PathsByName = std::map<std::string, std::string>;
 
-struct DirectoryCloser {
-    void operator()(DIR* directory) const { (void)closedir(directory); }
-};
-using DirectoryPtr = std::unique_ptr<DIR, DirectoryCloser>;
-
 // A name that begins with a dot is a hidden file, such as an editor's copy.
 bool isServiceFile(std::string_view name) {
     return name.size() > kSuffix.size() && name.front() != '.' &&
@@ -51,7 +46,7 @@ bool isServiceFile(std::string_view name) {
 
 // Puts the directory's files into `paths`, in place of those of the same name.
 bool collectFiles(const std::string& directory, PathsByName& paths) {
-    const DirectoryPtr opened(opendir(directory.c_str()));
+    const posix::DirectoryPtr opened = posix::openDirectory(directory);
     if (!opened && errno == ENOENT) return true;
     if (!opened) {
         syslog(LOG_ERR,
