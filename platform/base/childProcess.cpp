@@ -10,7 +10,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/base/childStatus.h"
+#include "platform/base/watchedChild.h"
 #include "posix/descriptor.h"
 
 namespace zamo {
@@ -158,12 +158,10 @@ int waitForChild(pid_t child) {
 }
 
 int runChild(const char* path, const char* const argv[], const char* const* environment) {
-    const BlockedSigchld blocked;
-    const KeptChildStatus kept;
     ChildSetup setup;
     setup.environment = environment;
-    const pid_t child = startChild(path, argv, setup);
-    return child < 0 ? -1 : waitForChild(child);
+    WatchedChild child;
+    return child.start(path, argv, setup) ? child.wait() : -1;
 }
 
 }  // namespace zamo

@@ -26,8 +26,8 @@ struct ChildSetup {
 // The wait status, or -1 with errno set.
 [[nodiscard]] int waitForChild(pid_t child);
 
-// Starts the program and waits for it: the wait status, or -1 with errno set. It is right also when
-// the process ignores SIGCHLD or reaps children in a handler.
+// Starts the program and waits for it: the wait status, or -1 with errno set. No other part of the
+// process can take the status. Throws when there is no memory or thread.
 [[nodiscard]] int runChild(const char* path,
                            const char* const argv[],
                            const char* const* environment = nullptr);

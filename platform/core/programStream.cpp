@@ -11,10 +11,9 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/base/childProcess.h"
-#include "platform/base/childStatus.h"
 #include "platform/base/export.h"
 #include "platform/base/fail.h"
+#include "platform/base/watchedChild.h"
 #include "posix/descriptor.h"
 
 namespace {
@@ -24,12 +23,7 @@ struct StreamCloser {
 };
 using StreamPtr = std::unique_ptr<FILE, StreamCloser>;
 
-// The program behind a stream. Its status is kept until the stream is closed.
-struct Program {
-    zamo::KeptChildStatus status;
-    pid_t child = -1;
-};
-using ProgramPtr = std::unique_ptr<Program>;
+using ProgramPtr = std::unique_ptr<zamo::WatchedChild>;
 
 class StreamTable {
   public:
@@ -85,12 +79,19 @@ StreamPtr openStream(bool reading, const char* const argv[]) {
     zamo::ChildSetup setup;
     setup.input = pipe.reader.get();
     setup.output = pipe.writer.get();
-    auto program = std::make_unique<Program>();
-    Program& running = *program;
-    // Entered before the start: after it nothing may fail any more.
+    auto program = std::make_unique<zamo::WatchedChild>();
+    zamo::WatchedChild& running = *program;
+    // Entered before the start: nothing may fail after it.
     streams().add(stream.get(), std::move(program));
-    running.child = zamo::startChild(argv[0], argv, setup);
-    if (running.child > 0) return stream;
+    bool started = false;
+    try {
+        started = running.start(argv[0], argv, setup);
+    } catch (const std::exception&) {
+        errno = ENOMEM;
+    }
+    if (started) {
+        return stream;
+    }
     const int error = errno;
     (void)streams().take(stream.get());
     stream.reset();
@@ -117,7 +118,6 @@ ZAMO_EXPORT FILE* VLIBCPopen(const char* mode, const char* const argv[]) try {
 }
 
 ZAMO_EXPORT int VLIBCPclose(FILE* stream) {
-    const zamo::BlockedSigchld blocked;
     const ProgramPtr program = streams().take(stream);
     if (!program) {
         errno = EINVAL;
@@ -125,6 +125,6 @@ ZAMO_EXPORT int VLIBCPclose(FILE* stream) {
     }
     // What the program did not want to read is not an error of its run.
     (void)fclose(stream);
-    const int status = zamo::waitForChild(program->child);
+    const int status = program->wait();
     return status < 0 ? ZAMO_FAIL(ZAMO_ERR_SYSTEM) : status;
 }

@@ -6,10 +6,12 @@
 #include <unistd.h>
 #include <zamo/core.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/files.h"
@@ -100,36 +102,93 @@ TEST(Program, WorksWhenTheCallerHasNoStandardStreams) {
     }
 }
 
-TEST(Program, KeepsItsStatusWhateverTheCallerDoesWithSigchld) {
+// Whatever takes the status of the caller's children: a handler, an ignored signal, a thread.
+TEST(Program, KeepsItsStatusWhateverTheCallerDoesWithItsChildren) {
     struct Row {
         void (*handler)(int);
         int flags;
+        bool reaps;
     };
-    for (const Row row : {Row{reapEverything, 0}, {SIG_IGN, 0}, {SIG_DFL, SA_NOCLDWAIT}}) {
+    const Row rows[] = {{SIG_DFL, 0, true},
+                        {SIG_DFL, SA_NOCLDWAIT, false},
+                        {SIG_IGN, 0, false},
+                        {reapEverything, 0, false},
+                        {reapEverything, 0, true}};
+    for (const Row& row : rows) {
         const int result = inChild([&row] {
             struct sigaction action = {};
             action.sa_handler = row.handler;
             action.sa_flags = row.flags;
             sigaction(SIGCHLD, &action, nullptr);
-            for (int i = 0; i < 20; ++i) {
-                if (runShell("exit 0") != 0 || runShell("exit 1") != -1) return 1;
+            std::atomic<bool> done = false;
+            std::thread reaper;
+            if (row.reaps) {
+                reaper = std::thread([&done] {
+                    while (!done) {
+                        (void)waitpid(-1, nullptr, 0);
+                    }
+                });
             }
-            // The handler takes a stream's program before it is closed; nobody else may.
-            if (row.handler == reapEverything) return 0;
+            const auto finish = [&](int status) {
+                done = true;
+                if (row.reaps) {
+                    reaper.join();
+                }
+                return status;
+            };
+            for (int i = 0; i < 50; ++i) {
+                if (runShell("exit 0") != 0 || runShell("exit 1") != -1) {
+                    return finish(1);
+                }
+            }
             FILE* stream = openShell("w", "cat; exit 7");
             const pid_t ended = fork();
-            if (ended == 0) _exit(0);
+            if (ended == 0) {
+                _exit(0);
+            }
             siginfo_t info;
-            if (waitid(P_PID, static_cast<id_t>(ended), &info, WEXITED | WNOWAIT) != 0) return 2;
-            if (WEXITSTATUS(VLIBCPclose(stream)) != 7) return 3;
-            // The caller's own child has vanished again, as the caller wants it.
-            if (waitpid(-1, nullptr, WNOHANG) != -1) return 4;
+            (void)waitid(P_PID, static_cast<id_t>(ended), &info, WEXITED | WNOWAIT);
+            if (WEXITSTATUS(VLIBCPclose(stream)) != 7) {
+                return finish(2);
+            }
+            if (outputOf("echo text") != "text\n" || openShell("r", "exit 0") == nullptr) {
+                return finish(3);
+            }
             sigaction(SIGCHLD, nullptr, &action);
-            const bool restored = (action.sa_flags & SA_NOCLDWAIT) == row.flags;
-            return restored && action.sa_handler == row.handler ? 0 : 5;
+            const bool kept = action.sa_handler == row.handler &&
+                              (action.sa_flags & SA_NOCLDWAIT) == (row.flags & SA_NOCLDWAIT);
+            return finish(kept ? 0 : 4);
         });
-        EXPECT_EQ(0, result) << "flags " << row.flags;
+        EXPECT_EQ(result, 0) << "row " << &row - rows;
     }
+}
+
+TEST(Program, LeavesNothingBehindAndHoldsNothingOpen) {
+    const Directory place("/tmp/left");
+    const int result = inChild([] {
+        std::thread([] {}).join();  // several threads
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
+            return 1;
+        }
+        FILE* stream = openShell("w", "cat >/tmp/left/text");
+        close(ends[1]);
+        char end = 0;
+        // Once the program runs, nobody else has a copy of the pipe's other end.
+        if (!eventually([&] { return read(ends[0], &end, 1) == 0; })) {
+            return 2;
+        }
+        if (fputs("text", stream) < 0 || VLIBCPclose(stream) != 0) {
+            return 3;
+        }
+        const char* const missing[] = {"/tmp/left/missing", nullptr};
+        if (VLIBCExecv(missing[0], missing, 1) != -1 || VLIBCPopen("r", missing) != nullptr) {
+            return 4;
+        }
+        return waitpid(-1, nullptr, __WALL | WNOHANG) == -1 && errno == ECHILD ? 0 : 5;
+    });
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(readFile(place / "text"), "text");
 }
 
 // A new pseudo-terminal that stops background writers. It becomes the controlling terminal of the

@@ -35,20 +35,31 @@ enum {
  * `wait` 1 blocks until the program ends: 0 when it exited with status 0; -1 when it could not be
  * started, exited with another status or was ended by a signal. `wait` 0 returns as soon as the
  * program runs, and nobody learns its status.
+ *
+ * The result is right whatever the process does with its children: it may ignore SIGCHLD, reap in
+ * a handler or wait for any child in another thread, and its disposition of SIGCHLD is never
+ * changed. If the process has several threads or does not leave SIGCHLD at its default, the program
+ * is not a direct child of the process, and its start takes about 0.1 ms longer; another thread
+ * that calls setuid() or its kin meanwhile waits until the program ends.
  */
 int VLIBCExecv(const char* path, const char* const argv[], int wait);
 
 /*
  * Starts argv[0] as VLIBCExecv() does and returns a stream on its output (`mode` "r") or on its
  * input ("w"). NULL, with errno set, when it cannot be started; a missing program is one such case.
- * The stream is released with VLIBCPclose(); until then the process does not ignore SIGCHLD, so
- * that the program's status is kept.
+ * The stream is released with VLIBCPclose().
+ *
+ * It is an ordinary stdio stream: a signal handler that was installed without SA_RESTART makes a
+ * read or write on it fail with EINTR, and the caller decides whether to go on (after clearerr()).
  */
 FILE* VLIBCPopen(const char* mode, const char* const argv[]);
 
 /*
  * Closes the stream and waits for its program. The wait status as waitpid() gives it, or -1 with
- * errno set, also when the stream does not come from VLIBCPopen().
+ * errno set, also when the stream does not come from VLIBCPopen(). Waiting survives signal handlers.
+ *
+ * One case loses the status (-1, ECHILD): a process with a single thread and the default SIGCHLD
+ * disposition that itself waits for any child between VLIBCPopen() and this call.
  */
 int VLIBCPclose(FILE* stream);
 
