@@ -12,6 +12,15 @@
 #include <csignal>
 #include <cstddef>
 
+// The C library's clone(). The thread sanitizer replaces the other name and takes a call for a fork
+// of the whole program.
+extern "C" int __clone(  // NOLINT(bugprone-reserved-identifier): the C library's own name
+    int (*function)(void*),
+    void* stack,
+    int flags,
+    void* argument,
+    ...) noexcept;
+
 namespace zamo {
 
 struct WatchedChild::Run {
@@ -71,10 +80,23 @@ class CancellationDisabled {
     int previous_ = PTHREAD_CANCEL_ENABLE;
 };
 
+bool losesStatus(const struct sigaction& action) {
+    return action.sa_handler == SIG_IGN || (action.sa_flags & SA_NOCLDWAIT) != 0;
+}
+
 bool mayLoseStatus() {
     struct sigaction action = {};
     return __libc_single_threaded == 0 || sigaction(SIGCHLD, nullptr, &action) != 0 ||
-           action.sa_handler != SIG_DFL || (action.sa_flags & SA_NOCLDWAIT) != 0;
+           action.sa_handler != SIG_DFL || losesStatus(action);
+}
+
+// For the other process: its dispositions are its own, unlike its memory. Handlers do not matter,
+// because all signals are blocked there.
+void keepStatus() {
+    struct sigaction action = {};
+    if (sigaction(SIGCHLD, nullptr, &action) == 0 && losesStatus(action)) {
+        (void)signal(SIGCHLD, SIG_DFL);
+    }
 }
 
 // A long run must not keep the caller's pipes, locks and sockets open.
@@ -92,9 +114,7 @@ void closeEverything() {
 
 void WatchedChild::Run::execute(bool isOwnProcess) noexcept {
     if (isOwnProcess) {
-        // A process that ignored SIGCHLD would not learn the status either. The signal handlers
-        // are this process's own, unlike its memory.
-        (void)signal(SIGCHLD, SIG_DFL);
+        keepStatus();
     }
     const pid_t child = startChild(path, argv, setup);
     startError = child < 0 ? errno : 0;

@@ -17,7 +17,7 @@ constexpr mode_t kMode = 0600;
 constexpr mode_t kOthersBits = 0077;
 constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
 // Other users could make us replace their files again and again.
-constexpr int kMaxAttempts = 100;
+constexpr int kMaxAttempts = 1000;
 
 bool isTrustedOwner(uid_t owner) {
     return owner == 0 || owner == geteuid();
@@ -56,34 +56,63 @@ posix::Descriptor createLocked(std::string& path) {
     return fd;
 }
 
-// Another process of ours may replace the file at the same time. So ours is published with its lock
-// held and in exchange for the old one, and withdrawn when the old one turns out to be good: nobody
-// gets a lock on it meanwhile. Empty with EAGAIN when it is worth another try.
+bool isSameFile(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+// Swaps the two names; when nothing has the path any more, gives it back what `spare` names.
+bool swap(const std::string& spare, const std::string& path) {
+    const auto rename = [&](unsigned flags) {
+        return renameat2(AT_FDCWD, spare.c_str(), AT_FDCWD, path.c_str(), flags) == 0;
+    };
+    return rename(RENAME_EXCHANGE) || (errno == ENOENT && rename(RENAME_NOREPLACE));
+}
+
+// Swaps until `spare` names a file that may be deleted: our new one, or another user's. True for
+// the latter.
+bool swapAgainstForeign(const std::string& spare,
+                        const std::string& path,
+                        bool shared,
+                        const struct stat& created) {
+    struct stat found = {};
+    for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
+        if (!swap(spare, path) || lstat(spare.c_str(), &found) != 0) {
+            return false;
+        }
+        if (isForeign(found, shared)) {
+            return true;
+        }
+        if (isSameFile(found, created)) {
+            errno = EAGAIN;
+            return false;
+        }
+    }
+    errno = EBUSY;
+    return false;
+}
+
+// Other processes of ours may replace the file at the same time. So the new one has its lock when
+// it is published, in exchange for what the path named. When that is no longer the foreign file but
+// a good one, they are swapped back, and nobody could use the new one meanwhile. No process deletes
+// a good file of another. Empty with EAGAIN when it is worth another try.
 posix::Descriptor replaceForeign(const std::string& path, bool shared) {
     std::string spare = path;
     posix::Descriptor fd = createLocked(spare);
-    if (!fd) {
-        return fd;
-    }
-    if (renameat2(AT_FDCWD, spare.c_str(), AT_FDCWD, path.c_str(), RENAME_EXCHANGE) != 0) {
-        removeKeepingErrno(spare);
-        if (errno == ENOENT) {
-            errno = EAGAIN;
-        }
+    struct stat created = {};
+    if (!fd || fstat(fd.get(), &created) != 0) {
         return posix::Descriptor();
     }
-    struct stat old = {};
-    if (lstat(spare.c_str(), &old) == 0 && !isForeign(old, shared)) {
-        (void)renameat2(AT_FDCWD, spare.c_str(), AT_FDCWD, path.c_str(), RENAME_EXCHANGE);
-        (void)unlink(spare.c_str());
-        errno = EAGAIN;
-        return posix::Descriptor();
-    }
-    // A directory that is not empty stays under its new name.
-    if (unlink(spare.c_str()) != 0) {
+    const bool replaced = swapAgainstForeign(spare, path, shared, created);
+    const int error = errno;
+    struct stat found = {};
+    const bool isLeft = lstat(spare.c_str(), &found) == 0;
+    if (isLeft && (isForeign(found, shared) || isSameFile(found, created)) &&
+        unlink(spare.c_str()) != 0) {
+        // A directory that is not empty stays under its new name.
         (void)rmdir(spare.c_str());
     }
-    return fd;
+    errno = error == ENOENT ? EAGAIN : error;
+    return replaced ? std::move(fd) : posix::Descriptor();
 }
 
 bool tighten(int fd, const struct stat& properties) {

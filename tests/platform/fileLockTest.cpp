@@ -135,35 +135,34 @@ TEST_F(FileLock, ReplacesAFileThatAnotherUserHolds) {
     if (!canChangeOwners()) {
         GTEST_SKIP() << "this root has no other users";
     }
-    shell("chmod 1777 /tmp/locks; : >/tmp/locks/lock; chown 4711 /tmp/locks/lock");
-    const int foreign = open(kLock, O_RDWR);
-    struct flock all = {};
-    all.l_type = F_WRLCK;
-    ASSERT_EQ(fcntl(foreign, F_OFD_SETLK, &all), 0);
-    // Several of us find it at once; only one of them at a time may have the lock.
-    std::vector<pid_t> processes;
-    for (int i = 0; i < 8; ++i) {
-        processes.push_back(startProcess([this] {
-            for (int round = 0; round < 2000; ++round) {
-                const int fd = lock(1, 60);
-                if (mkdir("/tmp/locks/held", 0700) != 0 || rmdir("/tmp/locks/held") != 0) {
-                    return 1;
+    shell("chmod 1777 /tmp/locks");
+    for (int round = 0; round < 100; ++round) {
+        unlink(kLock);
+        const int foreign = open(kLock, O_RDWR | O_CREAT, 0666);
+        struct flock all = {};
+        all.l_type = F_WRLCK;
+        ASSERT_TRUE(fcntl(foreign, F_OFD_SETLK, &all) == 0 && fchown(foreign, 4711, 4711) == 0);
+        // Several of us find it at the same time, and one at a time may have the lock.
+        std::vector<pid_t> processes;
+        for (int i = 0; i < 4; ++i) {
+            processes.push_back(startProcess([] {
+                for (int turn = 0; turn < 5; ++turn) {
+                    const int fd = lock(1, 60);
+                    if (fd < 0 || mkdir("/tmp/locks/held", 0700) != 0 ||
+                        rmdir("/tmp/locks/held") != 0 || VLIBCFileUnlockByFile(fd) == 0) {
+                        return 1;
+                    }
                 }
-                if (round % 2 == 0) {
-                    (void)chown(kLock, 4711, 4711);
-                }
-                if (VLIBCFileUnlockByFile(fd) == 0) {
-                    return 2;
-                }
-            }
-            return 0;
-        }));
+                return 0;
+            }));
+        }
+        for (const pid_t process : processes) {
+            EXPECT_EQ(waitFor(process), 0);
+        }
+        close(foreign);
     }
-    for (const pid_t process : processes) {
-        EXPECT_EQ(waitFor(process), 0);
-    }
+    EXPECT_EQ(namesIn("/tmp/locks"), std::vector<std::string>{"lock"});
     // Another user may not replace root's file, and must not wait for it.
-    shell("chown 0 /tmp/locks/lock");
     EXPECT_EQ(inChild([] {
                   int fd = -1;
                   return setuid(4712) == 0 && VLIBCFileLockTimeByFile(kLock, 1, 60, &fd) == 0 &&
@@ -172,7 +171,6 @@ TEST_F(FileLock, ReplacesAFileThatAnotherUserHolds) {
                              : 1;
               }),
               0);
-    close(foreign);
 }
 
 }  // namespace
