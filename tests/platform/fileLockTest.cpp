@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <memory>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -17,6 +19,23 @@
 namespace {
 
 using namespace test;
+
+// Set: every look at a path may take a while, so that processes come between each other's steps.
+std::unique_ptr<std::minstd_rand> slowLookUps;
+
+}  // namespace
+
+#pragma GCC visibility push(default)
+extern "C" int lstat(const char* path, struct stat* properties) noexcept {
+    const int result = fstatat(AT_FDCWD, path, properties, AT_SYMLINK_NOFOLLOW);
+    if (slowLookUps != nullptr) {
+        usleep((*slowLookUps)() % 2000);
+    }
+    return result;
+}
+#pragma GCC visibility pop
+
+namespace {
 
 constexpr const char* kLock = "/tmp/locks/lock";
 
@@ -136,24 +155,22 @@ TEST_F(FileLock, ReplacesAFileThatAnotherUserHolds) {
         GTEST_SKIP() << "this root has no other users";
     }
     shell("chmod 1777 /tmp/locks");
-    for (int round = 0; round < 100; ++round) {
+    for (unsigned round = 0; round < 40; ++round) {
         unlink(kLock);
-        const int foreign = open(kLock, O_RDWR | O_CREAT, 0666);
+        const int foreign = open(kLock, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
         struct flock all = {};
         all.l_type = F_WRLCK;
         ASSERT_TRUE(fcntl(foreign, F_OFD_SETLK, &all) == 0 && fchown(foreign, 4711, 4711) == 0);
-        // Several of us find it at the same time, and one at a time may have the lock.
+        // Several of us find it at the same time, and only one at a time may have the lock.
         std::vector<pid_t> processes;
-        for (int i = 0; i < 4; ++i) {
-            processes.push_back(startProcess([] {
-                for (int turn = 0; turn < 5; ++turn) {
-                    const int fd = lock(1, 60);
-                    if (fd < 0 || mkdir("/tmp/locks/held", 0700) != 0 ||
-                        rmdir("/tmp/locks/held") != 0 || VLIBCFileUnlockByFile(fd) == 0) {
-                        return 1;
-                    }
-                }
-                return 0;
+        for (unsigned i = 0; i < 4; ++i) {
+            processes.push_back(startProcess([&] {
+                slowLookUps = std::make_unique<std::minstd_rand>(round * 4 + i + 1);
+                const int fd = lock(1, 60);
+                return fd >= 0 && mkdir("/tmp/locks/held", 0700) == 0 && usleep(1000) == 0 &&
+                               rmdir("/tmp/locks/held") == 0 && VLIBCFileUnlockByFile(fd) != 0
+                           ? 0
+                           : 1;
             }));
         }
         for (const pid_t process : processes) {
