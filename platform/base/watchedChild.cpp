@@ -153,7 +153,7 @@ bool WatchedChild::startWithThread(const char* path,
                 return 0;
             };
             const pid_t other =
-                clone(execute, stack.data() + stack.size(), CLONE_VM | CLONE_VFORK, run.get());
+                __clone(execute, stack.data() + stack.size(), CLONE_VM | CLONE_VFORK, run.get());
             if (other < 0) {
                 // User-mode emulators cannot do this; then the status may be lost.
                 run->execute(/*isOwnProcess=*/false);
