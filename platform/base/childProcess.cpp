@@ -20,7 +20,9 @@ constexpr const char* kDefaultEnvironment[] = {kPathVariable, nullptr};
 
 // The calls of this family return an error number; only memory can be short.
 void require(int error) {
-    if (error != 0) throw std::bad_alloc();
+    if (error != 0) {
+        throw std::bad_alloc();
+    }
 }
 
 // What the child does with its descriptors before the program starts.
@@ -106,7 +108,9 @@ void fill(FileActions& actions, const ChildSetup& setup) {
         actions.openNull(STDOUT_FILENO, O_WRONLY);
     }
     // A program without these would print into the next file that it opens.
-    if (!isInheritable(STDERR_FILENO)) actions.openNull(STDERR_FILENO, O_WRONLY);
+    if (!isInheritable(STDERR_FILENO)) {
+        actions.openNull(STDERR_FILENO, O_WRONLY);
+    }
     actions.closeFrom(STDERR_FILENO + 1);
 }
 
@@ -129,10 +133,13 @@ pid_t startChild(const char* path, const char* const argv[], const ChildSetup& s
     static const UsualActions usualActions;
     const bool isUsual = UsualActions::suit(setup);
     FileActions ownActions;
-    if (!isUsual) fill(ownActions, setup);
+    if (!isUsual) {
+        fill(ownActions, setup);
+    }
     const auto* const actions = isUsual ? usualActions.get() : ownActions.get();
 
-    const char* const* environment = setup.environment ? setup.environment : kDefaultEnvironment;
+    const char* const* environment =
+        setup.environment != nullptr ? setup.environment : kDefaultEnvironment;
     pid_t child = -1;
     // posix_spawn takes the lists as non-const and does not change them.
     const int error = posix_spawn(&child,
@@ -141,7 +148,9 @@ pid_t startChild(const char* path, const char* const argv[], const ChildSetup& s
                                   chooseAttributes(),
                                   const_cast<char* const*>(argv),
                                   const_cast<char* const*>(environment));
-    if (error == 0) return child;
+    if (error == 0) {
+        return child;
+    }
     errno = error;
     return -1;
 } catch (const std::bad_alloc&) {
@@ -152,7 +161,9 @@ pid_t startChild(const char* path, const char* const argv[], const ChildSetup& s
 int waitForChild(pid_t child) {
     int status = 0;
     while (waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR) return -1;
+        if (errno != EINTR) {
+            return -1;
+        }
     }
     return status;
 }

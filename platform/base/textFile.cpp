@@ -24,9 +24,15 @@ bool readAll(int fd, std::string& text) {
     std::array<char, 16384> buffer;
     for (;;) {
         const ssize_t got = read(fd, buffer.data(), buffer.size());
-        if (got == 0) return true;
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return false;
+        if (got == 0) {
+            return true;
+        }
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            return false;
+        }
         text.append(buffer.data(), static_cast<std::size_t>(got));
         if (text.size() > kTextFileLimit) {
             errno = EFBIG;
@@ -37,13 +43,19 @@ bool readAll(int fd, std::string& text) {
 
 ReadResult readFrom(int fd, bool shared, TextFile& file) {
     TextFile found;
-    if (fstat(fd, &found.properties) != 0) return ReadResult::kFailed;
-    if (shared && !isTrusted(found.properties)) return ReadResult::kUntrusted;
+    if (fstat(fd, &found.properties) != 0) {
+        return ReadResult::kFailed;
+    }
+    if (shared && !isTrusted(found.properties)) {
+        return ReadResult::kUntrusted;
+    }
     if (!S_ISREG(found.properties.st_mode)) {
         errno = EINVAL;
         return ReadResult::kFailed;
     }
-    if (!readAll(fd, found.text)) return ReadResult::kFailed;
+    if (!readAll(fd, found.text)) {
+        return ReadResult::kFailed;
+    }
     file = std::move(found);
     return ReadResult::kDone;
 }
@@ -59,7 +71,9 @@ posix::Descriptor openDirectoryOf(const std::string& path) {
 
 ReadResult readTextFile(const std::string& path, TextFile& file) {
     const posix::Descriptor directory = openDirectoryOf(path);
-    if (!directory) return failedToFind();
+    if (!directory) {
+        return failedToFind();
+    }
     const std::string name = path.substr(path.rfind('/') + 1);
     const bool shared = isWritableByAll(directory.get());
 
@@ -68,11 +82,15 @@ ReadResult readTextFile(const std::string& path, TextFile& file) {
     if (fstatat(directory.get(), name.c_str(), &seen, shared ? AT_SYMLINK_NOFOLLOW : 0) != 0) {
         return failedToFind();
     }
-    if (shared && !isTrusted(seen)) return ReadResult::kUntrusted;
+    if (shared && !isTrusted(seen)) {
+        return ReadResult::kUntrusted;
+    }
 
     const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | (shared ? O_NOFOLLOW : 0);
     const posix::Descriptor fd = posix::openFileAt(directory.get(), name.c_str(), flags);
-    if (!fd) return failedToFind();
+    if (!fd) {
+        return failedToFind();
+    }
     return readFrom(fd.get(), shared, file);
 }
 

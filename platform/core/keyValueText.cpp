@@ -15,7 +15,9 @@ std::string_view takeLine(std::string_view& text) {
 }
 
 std::string_view withoutLineFeed(std::string_view line) {
-    if (!line.empty() && line.back() == '\n') line.remove_suffix(1);
+    if (!line.empty() && line.back() == '\n') {
+        line.remove_suffix(1);
+    }
     return line;
 }
 
@@ -27,7 +29,9 @@ struct Pair {
 std::optional<Pair> parseLine(std::string_view line) {
     line = trimBlanks(withoutLineFeed(line));
     const std::size_t equals = line.find('=');
-    if (line.empty() || line.front() == '#' || equals == std::string_view::npos) return {};
+    if (line.empty() || line.front() == '#' || equals == std::string_view::npos) {
+        return {};
+    }
 
     std::string_view value = trimBlanks(line.substr(equals + 1));
     if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
@@ -40,7 +44,9 @@ std::optional<Pair> parseLine(std::string_view line) {
 
 std::string_view trimBlanks(std::string_view text) {
     const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
+    if (first == std::string_view::npos) {
+        return {};
+    }
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
@@ -48,7 +54,9 @@ std::optional<std::string> findValue(std::string_view text, std::string_view key
     std::optional<std::string> found;
     while (!text.empty()) {
         const auto pair = parseLine(takeLine(text));
-        if (pair && pair->key == key) found = pair->value;
+        if (pair && pair->key == key) {
+            found = pair->value;
+        }
     }
     return found;
 }
@@ -73,8 +81,12 @@ std::string withValue(std::string_view text, std::string_view key, std::string_v
             written = true;
         }
     }
-    if (written) return result;
-    if (!result.empty() && result.back() != '\n') result += '\n';
+    if (written) {
+        return result;
+    }
+    if (!result.empty() && result.back() != '\n') {
+        result += '\n';
+    }
     return result + replacement;
 }
 

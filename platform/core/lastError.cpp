@@ -19,7 +19,7 @@ thread_local LastError lastError = {};
 ZAMO_EXPORT void VLIBCErrSetEx(int code, const char* file, int line) {
     lastError.code = code;
     lastError.line = line;
-    (void)snprintf(lastError.file, sizeof lastError.file, "%s", file ? file : "");
+    (void)snprintf(lastError.file, sizeof lastError.file, "%s", file != nullptr ? file : "");
 }
 
 ZAMO_EXPORT int VLIBCErrGet(void) {

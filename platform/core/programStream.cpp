@@ -55,26 +55,36 @@ struct Pipe {
 
 bool openPipe(Pipe& result) {
     int ends[2] = {-1, -1};
-    if (pipe2(ends, O_CLOEXEC) != 0) return false;
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        return false;
+    }
     posix::Descriptor reader(ends[0]);
     posix::Descriptor writer(ends[1]);
     result.reader = posix::aboveStandardStreams(std::move(reader));
-    if (result.reader) result.writer = posix::aboveStandardStreams(std::move(writer));
+    if (result.reader) {
+        result.writer = posix::aboveStandardStreams(std::move(writer));
+    }
     return static_cast<bool>(result.writer);
 }
 
 StreamPtr makeStream(posix::Descriptor fd, const char* mode) {
     StreamPtr stream(fdopen(fd.get(), mode));
-    if (stream) (void)fd.release();
+    if (stream != nullptr) {
+        (void)fd.release();
+    }
     return stream;
 }
 
 StreamPtr openStream(bool reading, const char* const argv[]) {
     Pipe pipe;
-    if (!openPipe(pipe)) return nullptr;
+    if (!openPipe(pipe)) {
+        return nullptr;
+    }
     StreamPtr stream =
         makeStream(std::move(reading ? pipe.reader : pipe.writer), reading ? "r" : "w");
-    if (!stream) return nullptr;
+    if (stream == nullptr) {
+        return nullptr;
+    }
 
     zamo::ChildSetup setup;
     setup.input = pipe.reader.get();
@@ -102,14 +112,16 @@ StreamPtr openStream(bool reading, const char* const argv[]) {
 }  // namespace
 
 ZAMO_EXPORT FILE* VLIBCPopen(const char* mode, const char* const argv[]) try {
-    const std::string_view wanted = mode ? mode : "";
-    if ((wanted != "r" && wanted != "w") || !argv || !argv[0]) {
+    const std::string_view wanted = mode != nullptr ? mode : "";
+    if ((wanted != "r" && wanted != "w") || argv == nullptr || argv[0] == nullptr) {
         errno = EINVAL;
         (void)ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
         return nullptr;
     }
     StreamPtr stream = openStream(wanted == "r", argv);
-    if (!stream) (void)ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+    if (stream == nullptr) {
+        (void)ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+    }
     return stream.release();
 } catch (const std::exception&) {
     errno = ENOMEM;
@@ -119,7 +131,7 @@ ZAMO_EXPORT FILE* VLIBCPopen(const char* mode, const char* const argv[]) try {
 
 ZAMO_EXPORT int VLIBCPclose(FILE* stream) {
     const ProgramPtr program = streams().take(stream);
-    if (!program) {
+    if (program == nullptr) {
         errno = EINVAL;
         return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
     }

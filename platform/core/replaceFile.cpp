@@ -26,7 +26,9 @@ class TemporaryFile {
         fd_ = posix::aboveStandardStreams(std::move(fd_));
     }
     ~TemporaryFile() {
-        if (!exists_) return;
+        if (!exists_) {
+            return;
+        }
         const int saved = errno;
         (void)unlink(path_.c_str());
         errno = saved;
@@ -40,10 +42,14 @@ class TemporaryFile {
 
     bool takeOver(const struct stat& previous) {
         struct stat own = {};
-        if (fstat(fd_.get(), &own) != 0) return false;
+        if (fstat(fd_.get(), &own) != 0) {
+            return false;
+        }
         const bool sameOwner = own.st_uid == previous.st_uid && own.st_gid == previous.st_gid;
         // The owner first: a change of it may clear bits of the mode.
-        if (!sameOwner && fchown(fd_.get(), previous.st_uid, previous.st_gid) != 0) return false;
+        if (!sameOwner && fchown(fd_.get(), previous.st_uid, previous.st_gid) != 0) {
+            return false;
+        }
         return setMode(previous.st_mode & kModeBits);
     }
 
@@ -51,7 +57,9 @@ class TemporaryFile {
 
     bool publish(const std::string& target) {
         // Some file systems report a full disk only here.
-        if (!fd_.close() || rename(path_.c_str(), target.c_str()) != 0) return false;
+        if (!fd_.close() || rename(path_.c_str(), target.c_str()) != 0) {
+            return false;
+        }
         exists_ = false;
         return true;
     }
@@ -67,7 +75,8 @@ class TemporaryFile {
 bool replaceFile(const std::string& path, std::string_view text, const struct stat* previous) {
     TemporaryFile file(path);
     return file && file.write(text) &&
-           (previous ? file.takeOver(*previous) : file.setMode(kNewFileMode)) && file.publish(path);
+           (previous != nullptr ? file.takeOver(*previous) : file.setMode(kNewFileMode)) &&
+           file.publish(path);
 }
 
 }  // namespace zamo

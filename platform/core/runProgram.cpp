@@ -11,7 +11,9 @@ namespace {
 
 int run(const char* path, const char* const argv[]) {
     const int status = zamo::runChild(path, argv);
-    if (status < 0) return ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+    if (status < 0) {
+        return ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+    }
     return status == 0 ? 0 : -1;
 }
 
@@ -28,7 +30,9 @@ int startInBackground(const char* path, const char* const argv[]) {
 }  // namespace
 
 ZAMO_EXPORT int VLIBCExecv(const char* path, const char* const argv[], int wait) try {
-    if (!path || !argv || !argv[0]) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    if (path == nullptr || argv == nullptr || argv[0] == nullptr) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
     return wait != 0 ? run(path, argv) : startInBackground(path, argv);
 } catch (const std::exception&) {
     return ZAMO_FAIL(ZAMO_ERR_NO_MEMORY);

@@ -27,7 +27,9 @@ ZAMO_EXPORT VLIBCSzList* VLIBCSzListAlloc(int capacity) try {
 }
 
 ZAMO_EXPORT int VLIBCSzListPush(VLIBCSzList** list, const char* text) try {
-    if (!list || !*list || !text) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    if (list == nullptr || *list == nullptr || text == nullptr) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
     (*list)->texts.emplace_back(text);
     return 0;
 } catch (const std::exception&) {
@@ -35,12 +37,14 @@ ZAMO_EXPORT int VLIBCSzListPush(VLIBCSzList** list, const char* text) try {
 }
 
 ZAMO_EXPORT const char* VLIBCSzListGet(const VLIBCSzList* list, int index) {
-    if (index < 0 || index >= VLIBCSzListCount(list)) return nullptr;
+    if (index < 0 || index >= VLIBCSzListCount(list)) {
+        return nullptr;
+    }
     return list->texts[static_cast<std::size_t>(index)].c_str();
 }
 
 ZAMO_EXPORT int VLIBCSzListCount(const VLIBCSzList* list) {
-    return list ? static_cast<int>(list->texts.size()) : 0;
+    return list != nullptr ? static_cast<int>(list->texts.size()) : 0;
 }
 
 ZAMO_EXPORT void VLIBCSzListFree(VLIBCSzList* list) {

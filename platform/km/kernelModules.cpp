@@ -34,7 +34,9 @@ int runCommand(const std::string& module, const char* command) {
     const char* const environment[] = {kPathVariable, name.c_str(), nullptr};
     const char* const argv[] = {"/bin/sh", "-c", command, nullptr};
     const int status = runChild(argv[0], argv, environment);
-    if (status < 0) return errno;
+    if (status < 0) {
+        return errno;
+    }
     return status == 0 ? 0 : ECANCELED;
 }
 
@@ -61,10 +63,12 @@ bool canStay(const kmod_module* module) {
 
 // 0, or an errno value.
 int removeModule(kmod_module* module) {
-    if (const char* command = kmod_module_get_remove_commands(module)) {
+    if (const char* command = kmod_module_get_remove_commands(module); command != nullptr) {
         return runCommand(kmod_module_get_name(module), command);
     }
-    if (canStay(module)) return 0;
+    if (canStay(module)) {
+        return 0;
+    }
     // Since we looked, it may have gained a user or gone.
     const int result = kmod_module_remove_module(module, 0);
     const bool done = result >= 0 || result == -EAGAIN || result == -EBUSY || result == -ENOENT;
@@ -79,7 +83,9 @@ bool hasLoadableModules() {
 
 KernelModules::KernelModules(std::string service)
     : service_(std::move(service)), context_(kmod_new(nullptr, nullptr)) {
-    if (!context_) throw std::system_error(ENOMEM, std::generic_category());
+    if (context_ == nullptr) {
+        throw std::system_error(ENOMEM, std::generic_category());
+    }
     kmod_set_log_fn(context_.get(), discardMessage, nullptr);
 }
 
@@ -92,7 +98,9 @@ bool KernelModules::insert(kmod_module* module) const {
     const int result = kmod_module_probe_insert_module(
         module, KMOD_PROBE_APPLY_BLACKLIST, nullptr, runInstallCommand, nullptr, nullptr);
     // A positive result says that the administrator has blacklisted it.
-    if (result >= 0) return true;
+    if (result >= 0) {
+        return true;
+    }
     return logProblem(kmod_module_get_name(module), "cannot be loaded: " + describeError(-result));
 }
 
@@ -101,7 +109,9 @@ bool KernelModules::acceptUnknown(const std::string& name) const {
     kmod_module* found = nullptr;
     if (kmod_module_new_from_name(context_.get(), name.c_str(), &found) >= 0) {
         const ModulePtr module(found);
-        if (isPresent(module.get())) return true;
+        if (isPresent(module.get())) {
+            return true;
+        }
     }
     utsname kernel = {};
     (void)uname(&kernel);
@@ -115,13 +125,19 @@ bool KernelModules::load(const std::string& name) const {
     kmod_list* found = nullptr;
     const int result = kmod_module_new_from_lookup(context_.get(), name.c_str(), &found);
     const ListPtr modules(found);
-    if (result < 0) return logProblem(name, "cannot be looked up: " + describeError(-result));
-    if (!modules) return acceptUnknown(name);
+    if (result < 0) {
+        return logProblem(name, "cannot be looked up: " + describeError(-result));
+    }
+    if (modules == nullptr) {
+        return acceptUnknown(name);
+    }
 
     kmod_list* entry = nullptr;
     kmod_list_foreach(entry, modules.get()) {
         const ModulePtr module(kmod_module_get_module(entry));
-        if (!insert(module.get())) return false;
+        if (!insert(module.get())) {
+            return false;
+        }
     }
     return true;
 }

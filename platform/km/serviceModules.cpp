@@ -18,13 +18,19 @@ std::string moduleName(const char* fileName) {
 using Operation = bool (zamo::KernelModules::*)(const std::string&) const;
 
 int forEachModule(const char* service, const VLIBCSzList* files, Operation operation) try {
-    if (!service || !files) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
-    if (!zamo::hasLoadableModules()) return 0;
+    if (service == nullptr || files == nullptr) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
+    if (!zamo::hasLoadableModules()) {
+        return 0;
+    }
 
     const zamo::KernelModules modules(service);
     for (int i = 0; i < VLIBCSzListCount(files); ++i) {
         const std::string name = moduleName(VLIBCSzListGet(files, i));
-        if (!name.empty() && !(modules.*operation)(name)) return ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+        if (!name.empty() && !(modules.*operation)(name)) {
+            return ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+        }
     }
     return 0;
 } catch (const std::exception&) {

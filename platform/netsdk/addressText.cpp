@@ -8,7 +8,7 @@ namespace {
 
 int isAddress(int family, const char* text) {
     in6_addr address = {};
-    return text && inet_pton(family, text, &address) == 1 ? 1 : 0;
+    return text != nullptr && inet_pton(family, text, &address) == 1 ? 1 : 0;
 }
 
 }  // namespace

@@ -33,14 +33,16 @@ std::string interfaceOf(const ifaddrs& address) {
 }
 
 bool hasFamily(const ifaddrs& address, int family) {
-    return address.ifa_addr && address.ifa_addr->sa_family == family;
+    return address.ifa_addr != nullptr && address.ifa_addr->sa_family == family;
 }
 
 IndexesByName findUsableLinks(const ifaddrs* first) {
     IndexesByName indexes;
-    for (const ifaddrs* entry = first; entry; entry = entry->ifa_next) {
+    for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
         const bool usable = (entry->ifa_flags & (IFF_UP | IFF_LOOPBACK)) == IFF_UP;
-        if (!usable || !hasFamily(*entry, AF_PACKET)) continue;
+        if (!usable || !hasFamily(*entry, AF_PACKET)) {
+            continue;
+        }
         sockaddr_ll link = {};
         memcpy(&link, entry->ifa_addr, sizeof link);
         indexes[entry->ifa_name] = link.sll_ifindex;
@@ -51,10 +53,14 @@ IndexesByName findUsableLinks(const ifaddrs* first) {
 NamesByIndex findConfigured(const ifaddrs* first) {
     const IndexesByName links = findUsableLinks(first);
     NamesByIndex configured;
-    for (const ifaddrs* entry = first; entry; entry = entry->ifa_next) {
-        if (!hasFamily(*entry, AF_INET) && !hasFamily(*entry, AF_INET6)) continue;
+    for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
+        if (!hasFamily(*entry, AF_INET) && !hasFamily(*entry, AF_INET6)) {
+            continue;
+        }
         const auto link = links.find(interfaceOf(*entry));
-        if (link != links.end()) configured[link->second] = link->first;
+        if (link != links.end()) {
+            configured[link->second] = link->first;
+        }
     }
     return configured;
 }
@@ -62,7 +68,9 @@ NamesByIndex findConfigured(const ifaddrs* first) {
 int fillRecords(const NamesByIndex& interfaces, VLIBNetInterface* records, int capacity) {
     int count = 0;
     for (const auto& [index, name] : interfaces) {
-        if (count == capacity) break;
+        if (count == capacity) {
+            break;
+        }
         VLIBNetInterface& record = records[count++];
         record = {};
         name.copy(record.name, sizeof record.name - 1);
@@ -73,11 +81,15 @@ int fillRecords(const NamesByIndex& interfaces, VLIBNetInterface* records, int c
 }  // namespace
 
 ZAMO_EXPORT int VLIBNetGetInterfaceInfo(VLIBNetInterface* records, int capacity, int kind) try {
-    const bool fits = capacity == 0 || (capacity > 0 && records);
-    if (!fits || kind != VLIB_NET_INTERFACE_CONFIGURED) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    const bool fits = capacity == 0 || (capacity > 0 && records != nullptr);
+    if (!fits || kind != VLIB_NET_INTERFACE_CONFIGURED) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
 
     ifaddrs* found = nullptr;
-    if (getifaddrs(&found) != 0) return ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+    if (getifaddrs(&found) != 0) {
+        return ZAMO_FAIL(ZAMO_ERR_SYSTEM);
+    }
     const AddressesPtr addresses(found);
     return fillRecords(findConfigured(addresses.get()), records, capacity);
 } catch (const std::exception&) {

@@ -18,19 +18,26 @@ constexpr const char* kPppoeFile = "/run/zamo/pppoe.conf";
 bool isInterface(const char* name) {
     char properName[IF_NAMESIZE] = "";
     const unsigned index = if_nametoindex(name);
-    return index != 0 && if_indextoname(index, properName) && strcmp(name, properName) == 0;
+    return index != 0 && if_indextoname(index, properName) != nullptr &&
+           strcmp(name, properName) == 0;
 }
 
 }  // namespace
 
 ZAMO_EXPORT int ZAMOPPPoeIntfGet(char* buffer, int size) {
-    if (!buffer || size <= 0) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    if (buffer == nullptr || size <= 0) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
     char name[2 * IF_NAMESIZE] = "";
     const int length = VLIBCFileGetKeyValue(kPppoeFile, "interface", name, sizeof name, 0);
-    if (length < 0) return -1;  // the reader has set the last error
+    if (length < 0) {
+        return -1;  // the reader has set the last error
+    }
 
     const bool exists = length > 0 && isInterface(name);
-    if (exists && length >= size) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    if (exists && length >= size) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
     (void)snprintf(buffer, static_cast<size_t>(size), "%s", exists ? name : "");
     return 0;
 }

@@ -25,8 +25,12 @@ posix::Descriptor openSubdirectory(const posix::Descriptor& parent, const char* 
 
 posix::Descriptor enterOrCreate(const posix::Descriptor& parent, const char* name, mode_t mode) {
     posix::Descriptor found = openSubdirectory(parent, name);
-    if (found || errno != ENOENT) return found;
-    if (mkdirat(parent.get(), name, mode) != 0 && errno != EEXIST) return posix::Descriptor();
+    if (found || errno != ENOENT) {
+        return found;
+    }
+    if (mkdirat(parent.get(), name, mode) != 0 && errno != EEXIST) {
+        return posix::Descriptor();
+    }
     return openSubdirectory(parent, name);
 }
 
@@ -44,7 +48,9 @@ bool makeDirectories(std::string path, mode_t mode) {
     posix::Descriptor current = posix::openFile(start, O_PATH | O_DIRECTORY);
     while (current && !path.empty()) {
         const std::string name = takeComponent(path);
-        if (name.empty()) break;
+        if (name.empty()) {
+            break;
+        }
         current = enterOrCreate(current, name.c_str(), path.empty() ? mode : mode | kParentMode);
     }
     return static_cast<bool>(current);
@@ -53,8 +59,8 @@ bool makeDirectories(std::string path, mode_t mode) {
 }  // namespace
 
 ZAMO_EXPORT int ZAMOFSMkdirP(const char* path, unsigned mode) try {
-    if (!path || !*path) {
-        errno = path ? ENOENT : EINVAL;
+    if (path == nullptr || !*path) {
+        errno = path != nullptr ? ENOENT : EINVAL;
         return -1;
     }
     return makeDirectories(path, static_cast<mode_t>(mode)) ? 0 : -1;

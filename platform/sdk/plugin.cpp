@@ -28,7 +28,9 @@ constexpr const char* kPluginRoot = "/usr/zamo/etc/plugin.d/";
 std::vector<const char*> makeEnvironment(const VLIBPlugin& plugin) {
     std::vector<const char*> environment;
     environment.reserve(plugin.variables.size() + 1);
-    for (const auto& [name, text] : plugin.variables) environment.push_back(text.c_str());
+    for (const auto& [name, text] : plugin.variables) {
+        environment.push_back(text.c_str());
+    }
     environment.push_back(nullptr);
     return environment;
 }
@@ -62,13 +64,17 @@ bool runPlugins(const VLIBPlugin& plugin, const char* action) {
     const zamo::PluginFiles files = zamo::findPlugins(plugin.directory);
     bool good = files.complete;
     for (const std::string& name : files.runnable) {
-        if (!runPlugin(plugin.directory + '/' + name, action, environment.data())) good = false;
+        if (!runPlugin(plugin.directory + '/' + name, action, environment.data())) {
+            good = false;
+        }
     }
     return good;
 }
 
 const char* actionName(int action) {
-    if (action == VLIB_PLUGIN_PRE) return "pre";
+    if (action == VLIB_PLUGIN_PRE) {
+        return "pre";
+    }
     return action == VLIB_PLUGIN_POST ? "post" : nullptr;
 }
 
@@ -78,9 +84,13 @@ const char* actionName(int action) {
 ZAMO_EXPORT int VLIBPluginSDKInit(const char* /*category*/,
                                   const char* hook,
                                   VLIBPlugin** handle) try {
-    if (!handle) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    if (handle == nullptr) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
     *handle = nullptr;
-    if (!hook || !*hook) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    if (hook == nullptr || !*hook) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
 
     auto plugin = std::make_unique<VLIBPlugin>();
     plugin->directory = std::string(kPluginRoot) + hook;
@@ -92,7 +102,9 @@ ZAMO_EXPORT int VLIBPluginSDKInit(const char* /*category*/,
 }
 
 ZAMO_EXPORT int VLIBPluginSetArg(VLIBPlugin* handle, const char* name, const char* value) try {
-    if (!handle || !name || !value) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    if (handle == nullptr || name == nullptr || value == nullptr) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
     const std::string variable = name;
     if (variable.empty() || variable.find('=') != std::string::npos) {
         return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
@@ -105,7 +117,9 @@ ZAMO_EXPORT int VLIBPluginSetArg(VLIBPlugin* handle, const char* name, const cha
 
 ZAMO_EXPORT int VLIBPluginAction(int action, VLIBPlugin* handle) try {
     const char* name = actionName(action);
-    if (!handle || !name) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    if (handle == nullptr || name == nullptr) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
     return runPlugins(*handle, name) ? 0 : ZAMO_FAIL(ZAMO_ERR_SYSTEM);
 } catch (const std::exception&) {
     return ZAMO_FAIL(ZAMO_ERR_NO_MEMORY);

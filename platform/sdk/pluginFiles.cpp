@@ -25,19 +25,29 @@ bool isSafe(const struct stat& properties) {
 FileKind classify(int directory, const char* name) {
     struct stat target = {};
     constexpr mode_t kExecutable = S_IXUSR | S_IXGRP | S_IXOTH;
-    if (fstatat(directory, name, &target, 0) != 0) return FileKind::kNoPlugin;
-    if (!S_ISREG(target.st_mode) || (target.st_mode & kExecutable) == 0) return FileKind::kNoPlugin;
+    if (fstatat(directory, name, &target, 0) != 0) {
+        return FileKind::kNoPlugin;
+    }
+    if (!S_ISREG(target.st_mode) || (target.st_mode & kExecutable) == 0) {
+        return FileKind::kNoPlugin;
+    }
 
     struct stat entry = {};
-    if (fstatat(directory, name, &entry, AT_SYMLINK_NOFOLLOW) != 0) return FileKind::kNoPlugin;
+    if (fstatat(directory, name, &entry, AT_SYMLINK_NOFOLLOW) != 0) {
+        return FileKind::kNoPlugin;
+    }
     const bool foreignLink = S_ISLNK(entry.st_mode) && isWritableByAll(directory);
     return isSafe(target) && !foreignLink ? FileKind::kPlugin : FileKind::kRefused;
 }
 
 void addEntry(const std::string& path, int directory, const char* name, PluginFiles& files) {
     const FileKind kind = classify(directory, name);
-    if (kind == FileKind::kPlugin) files.runnable.insert(name);
-    if (kind != FileKind::kRefused) return;
+    if (kind == FileKind::kPlugin) {
+        files.runnable.insert(name);
+    }
+    if (kind != FileKind::kRefused) {
+        return;
+    }
     files.complete = false;
     syslog(
         LOG_ERR,
@@ -51,7 +61,7 @@ void addEntry(const std::string& path, int directory, const char* name, PluginFi
 PluginFiles findPlugins(const std::string& directory) {
     PluginFiles files;
     const posix::DirectoryPtr opened = posix::openDirectory(directory);
-    if (!opened) {
+    if (opened == nullptr) {
         files.complete = errno == ENOENT;
         if (!files.complete) {
             syslog(LOG_ERR,
@@ -61,7 +71,8 @@ PluginFiles findPlugins(const std::string& directory) {
         }
         return files;
     }
-    while (const dirent* entry = readdir(opened.get())) {
+    for (const dirent* entry = readdir(opened.get()); entry != nullptr;
+         entry = readdir(opened.get())) {
         addEntry(directory, dirfd(opened.get()), entry->d_name, files);
     }
     return files;

@@ -47,17 +47,22 @@ bool isServiceFile(std::string_view name) {
 // Puts the directory's files into `paths`, in place of those of the same name.
 bool collectFiles(const std::string& directory, PathsByName& paths) {
     const posix::DirectoryPtr opened = posix::openDirectory(directory);
-    if (!opened && errno == ENOENT) return true;
-    if (!opened) {
+    if (opened == nullptr && errno == ENOENT) {
+        return true;
+    }
+    if (opened == nullptr) {
         syslog(LOG_ERR,
                "zamoserviceconf: %s cannot be read: %s",
                directory.c_str(),
                std::strerror(errno));
         return false;
     }
-    while (const dirent* entry = readdir(opened.get())) {
+    for (const dirent* entry = readdir(opened.get()); entry != nullptr;
+         entry = readdir(opened.get())) {
         const std::string name = entry->d_name;
-        if (!isServiceFile(name)) continue;
+        if (!isServiceFile(name)) {
+            continue;
+        }
         paths[name.substr(0, name.size() - kSuffix.size())] = directory + name;
     }
     return true;
@@ -85,7 +90,9 @@ void addService(const std::string& name,
 }  // namespace
 
 ZAMO_EXPORT int ZAMOFwServiceEnum(ZAMOFwServiceList** catalogue) try {
-    if (!catalogue) return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    if (catalogue == nullptr) {
+        return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
+    }
     *catalogue = nullptr;
 
     PathsByName paths;
@@ -93,9 +100,13 @@ ZAMO_EXPORT int ZAMOFwServiceEnum(ZAMOFwServiceList** catalogue) try {
         return ZAMO_FAIL(ZAMO_ERR_SYSTEM);
     }
     auto loaded = std::make_unique<ZAMOFwServiceList>();
-    for (const auto& [name, path] : paths) addService(name, path, *loaded);
+    for (const auto& [name, path] : paths) {
+        addService(name, path, *loaded);
+    }
     const int count = static_cast<int>(loaded->entries.size());
-    if (count > 0) *catalogue = loaded.release();
+    if (count > 0) {
+        *catalogue = loaded.release();
+    }
     return count;
 } catch (const std::exception&) {
     return ZAMO_FAIL(ZAMO_ERR_NO_MEMORY);
@@ -103,7 +114,9 @@ ZAMO_EXPORT int ZAMOFwServiceEnum(ZAMOFwServiceList** catalogue) try {
 
 ZAMO_EXPORT const ZAMOFwService* ZAMOFWServiceFind(const ZAMOFwServiceList* catalogue,
                                                    const char* name) {
-    if (!catalogue || !name) return nullptr;
+    if (catalogue == nullptr || name == nullptr) {
+        return nullptr;
+    }
     const auto found = catalogue->entries.find(std::string_view(name));
     return found == catalogue->entries.end() ? nullptr : &found->second.record;
 }

@@ -59,14 +59,18 @@ Json::Value parseDocument(const std::string& text) {
         std::replace(errors.begin(), errors.end(), '\n', ' ');
         refuse("no valid JSON: " + errors.substr(0, 200));
     }
-    if (!document.isObject()) refuse("not a JSON object");
+    if (!document.isObject()) {
+        refuse("not a JSON object");
+    }
     return document;
 }
 
 // The member, or null when there is none. A null member has a wrong type.
 const Json::Value* findMember(const Json::Value& object, const char* name, Json::ValueType type) {
     const Json::Value* member = object.find(name, name + strlen(name));
-    if (member && member->type() != type) refuse(std::string(name) + " has a wrong type");
+    if (member != nullptr && member->type() != type) {
+        refuse(std::string(name) + " has a wrong type");
+    }
     return member;
 }
 
@@ -74,13 +78,17 @@ const Json::Value& requireMember(const Json::Value& object,
                                  const char* name,
                                  Json::ValueType type) {
     const Json::Value* member = findMember(object, name, type);
-    if (!member) refuse(std::string(name) + " is missing");
+    if (member == nullptr) {
+        refuse(std::string(name) + " is missing");
+    }
     return *member;
 }
 
 int protocolCode(const std::string& name) {
     for (const Protocol& protocol : kProtocols) {
-        if (protocol.name == name) return protocol.code;
+        if (protocol.name == name) {
+            return protocol.code;
+        }
     }
     refuse("unknown protocol " + name);
 }
@@ -88,8 +96,12 @@ int protocolCode(const std::string& name) {
 // 0 when the text is no port. A leading zero is none: other programs would read an octal number.
 int parsePort(std::string_view text) {
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-    if (text.empty() || text.size() > kLongestPort || text.front() == '0') return 0;
-    if (!std::all_of(text.begin(), text.end(), isDigit)) return 0;
+    if (text.empty() || text.size() > kLongestPort || text.front() == '0') {
+        return 0;
+    }
+    if (!std::all_of(text.begin(), text.end(), isDigit)) {
+        return 0;
+    }
     const int port = std::stoi(std::string(text));
     return port <= kHighestPort ? port : 0;
 }
@@ -97,7 +109,9 @@ int parsePort(std::string_view text) {
 bool isPortOrRange(std::string_view text) {
     const std::size_t dash = text.find('-');
     const int low = parsePort(text.substr(0, dash));
-    if (dash == std::string_view::npos) return low != 0;
+    if (dash == std::string_view::npos) {
+        return low != 0;
+    }
     return low != 0 && low <= parsePort(text.substr(dash + 1));
 }
 
@@ -105,16 +119,24 @@ void appendPort(StringListPtr& list, const std::string& port) {
     VLIBCSzList* moved = list.release();
     const int pushed = VLIBCSzListPush(&moved, port.c_str());
     list.reset(moved);
-    if (pushed < 0) throw std::bad_alloc();
+    if (pushed < 0) {
+        throw std::bad_alloc();
+    }
 }
 
 StringListPtr parsePorts(const Json::Value& ports) {
     StringListPtr list(VLIBCSzListAlloc(static_cast<int>(ports.size())));
-    if (!list) throw std::bad_alloc();
+    if (list == nullptr) {
+        throw std::bad_alloc();
+    }
     for (const Json::Value& port : ports) {
-        if (!port.isString()) refuse("a port is not a text");
+        if (!port.isString()) {
+            refuse("a port is not a text");
+        }
         const std::string text = port.asString();
-        if (!isPortOrRange(text)) refuse("bad port " + text);
+        if (!isPortOrRange(text)) {
+            refuse("bad port " + text);
+        }
         appendPort(list, text);
     }
     return list;
@@ -123,7 +145,9 @@ StringListPtr parsePorts(const Json::Value& ports) {
 ServicePorts parsePair(const Json::Value& document, const char* name) {
     ServicePorts pair;
     const Json::Value* object = findMember(document, name, Json::objectValue);
-    if (!object) return pair;
+    if (object == nullptr) {
+        return pair;
+    }
     pair.protocol = protocolCode(requireMember(*object, "protocol", Json::stringValue).asString());
     pair.ports = parsePorts(requireMember(*object, "ports", Json::arrayValue));
     return pair;
@@ -139,7 +163,7 @@ Service readServiceFile(const std::string& path) {
     Service service;
     service.destination = parsePair(document, "destination");
     service.source = parsePair(document, "source");
-    service.enabled = !enabled || enabled->asBool();
+    service.enabled = enabled == nullptr || enabled->asBool();
     return service;
 }
 

@@ -44,7 +44,7 @@ class FileLock : public testing::Test {
     static int lock(int exclusive, int seconds) {
         int fd = -1;
         const int result = VLIBCFileLockTimeByFile(kLock, exclusive, seconds, &fd);
-        EXPECT_EQ(result == 1, fd >= 0);
+        EXPECT_EQ(fd >= 0, result == 1);
         EXPECT_TRUE(result == 1 || errno == ETIMEDOUT);
         return fd;
     }
@@ -60,25 +60,25 @@ TEST_F(FileLock, ExcludesOtherProcessesUntilItIsReleased) {
     for (const int held : {0, 1}) {
         const int fd = lock(held, 0);
         close(open(kLock, O_RDWR));  // would drop a record lock of the whole process
-        EXPECT_NE(0, fcntl(fd, F_GETFD) & FD_CLOEXEC);
-        EXPECT_EQ(held == 0, isFree(0)) << held;
+        EXPECT_NE(fcntl(fd, F_GETFD) & FD_CLOEXEC, 0);
+        EXPECT_EQ(isFree(0), held == 0) << held;
         EXPECT_FALSE(isFree(1)) << held;
-        EXPECT_NE(0, VLIBCFileUnlockByFile(fd));
-        EXPECT_EQ(-1, fcntl(fd, F_GETFD)) << "closed";
+        EXPECT_NE(VLIBCFileUnlockByFile(fd), 0);
+        EXPECT_EQ(fcntl(fd, F_GETFD), -1) << "closed";
         EXPECT_TRUE(isFree(1)) << held;
     }
-    EXPECT_EQ(0, VLIBCFileUnlockByFile(-1));
+    EXPECT_EQ(VLIBCFileUnlockByFile(-1), 0);
 }
 
 TEST_F(FileLock, WaitsForTheHolderButNotLonger) {
     const int first = lock(1, 0);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(-1, lock(0, 1));
+    EXPECT_EQ(lock(0, 1), -1);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 
     std::thread release([first] { VLIBCFileUnlockByFile(first); });
     const int second = lock(1, 60);
-    EXPECT_LE(0, second);
+    EXPECT_GE(second, 0);
     release.join();
     VLIBCFileUnlockByFile(second);
 }
@@ -91,13 +91,13 @@ TEST_F(FileLock, HoldsTheFileThatThePathNames) {
     int third = -1;
     std::thread waiting([&third] { third = lock(1, 60); });
     EXPECT_TRUE(eventually(hasTwoOpen));
-    ASSERT_EQ(0, unlink(kLock));
+    ASSERT_EQ(unlink(kLock), 0);
     const int second = lock(1, 0);
     VLIBCFileUnlockByFile(first);
     EXPECT_TRUE(eventually(hasTwoOpen)) << "the waiting one takes the new file";
     VLIBCFileUnlockByFile(second);
     waiting.join();
-    EXPECT_LE(0, third);
+    EXPECT_GE(third, 0);
     EXPECT_FALSE(isFree(0));
     VLIBCFileUnlockByFile(third);
 }
@@ -109,13 +109,13 @@ TEST_F(FileLock, TakesNothingButARegularFile) {
         for (const int exclusive : {0, 1}) {
             int fd = -7;
             errno = ETIMEDOUT;
-            EXPECT_EQ(0, VLIBCFileLockTimeByFile((place_ / name).c_str(), exclusive, 0, &fd))
+            EXPECT_EQ(VLIBCFileLockTimeByFile((place_ / name).c_str(), exclusive, 0, &fd), 0)
                 << name;
-            EXPECT_NE(ETIMEDOUT, errno) << name;
-            EXPECT_EQ(-7, fd) << name;
+            EXPECT_NE(errno, ETIMEDOUT) << name;
+            EXPECT_EQ(fd, -7) << name;
         }
     }
-    EXPECT_EQ(0, VLIBCFileExist((place_ / "nothing").c_str()));
+    EXPECT_EQ(VLIBCFileExist((place_ / "nothing").c_str()), 0);
 }
 
 // Other users' ways to hold a lock, or to keep its file's name from us.

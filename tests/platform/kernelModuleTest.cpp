@@ -36,7 +36,9 @@ std::string removed;
 extern "C" {
 
 int access(const char* path, int mode) noexcept {
-    if (strcmp(path, "/proc/modules") != 0) return faccessat(AT_FDCWD, path, mode, 0);
+    if (strcmp(path, "/proc/modules") != 0) {
+        return faccessat(AT_FDCWD, path, mode, 0);
+    }
     return kernelHasModules ? 0 : -1;
 }
 
@@ -65,8 +67,10 @@ class KernelModule : public testing::Test {
     static int run(Operation* operation, const std::string& files) {
         VLIBCSzList* list = VLIBCSzListAlloc(4);
         std::istringstream words(files);
-        for (std::string file; words >> file;) EXPECT_EQ(0, VLIBCSzListPush(&list, file.c_str()));
-        EXPECT_EQ(0, VLIBCSzListPush(&list, ""));
+        for (std::string file; words >> file;) {
+            EXPECT_EQ(VLIBCSzListPush(&list, file.c_str()), 0);
+        }
+        EXPECT_EQ(VLIBCSzListPush(&list, ""), 0);
         const int result = operation("web", list);
         VLIBCSzListFree(list);
         return result;
@@ -85,28 +89,28 @@ TEST_F(KernelModule, RunsInstallCommandsInListOrderUpToTheFirstFailure) {
     setenv("SECRET", "x", 1);
     kernel["xt_live"].state = KMOD_MODULE_LIVE;
     kernel["xt_builtin"].state = KMOD_MODULE_BUILTIN;
-    EXPECT_EQ(0,
-              run(VLIBIptablesModInsert, "xt_b.ko xt-a.ko xt_listed.ko xt_live.ko xt_builtin.ko"));
-    EXPECT_EQ("b xt_b\na\n", ran());
-    EXPECT_EQ(0U, log_.take().size());
+    EXPECT_EQ(run(VLIBIptablesModInsert, "xt_b.ko xt-a.ko xt_listed.ko xt_live.ko xt_builtin.ko"),
+              0);
+    EXPECT_EQ(ran(), "b xt_b\na\n");
+    EXPECT_EQ(log_.take().size(), 0U);
 
-    EXPECT_GT(0, run(VLIBIptablesModInsert, "xt_a.ko xt_bad.ko xt_b.ko"));
-    EXPECT_EQ("b xt_b\na\na\n", ran());
+    EXPECT_LT(run(VLIBIptablesModInsert, "xt_a.ko xt_bad.ko xt_b.ko"), 0);
+    EXPECT_EQ(ran(), "b xt_b\na\na\n");
     const std::string line =
         "zamokm: web: module xt_bad: cannot be loaded: its modprobe.d command failed";
-    EXPECT_EQ(std::vector{line}, log_.take());
+    EXPECT_EQ(log_.take(), std::vector{line});
 }
 
 TEST_F(KernelModule, TellsWhatToDoAboutAnUnknownModule) {
-    EXPECT_GT(0, run(VLIBIptablesModInsert, "xt_unknown.ko"));
+    EXPECT_LT(run(VLIBIptablesModInsert, "xt_unknown.ko"), 0);
     const auto log = log_.take();
-    ASSERT_EQ(1U, log.size());
+    ASSERT_EQ(log.size(), 1U);
     for (const char* text :
          {"module xt_unknown: not among the modules of", "\"install xt_unknown /bin/true\""}) {
-        EXPECT_NE(std::string::npos, log[0].find(text)) << log[0];
+        EXPECT_NE(log[0].find(text), std::string::npos) << log[0];
     }
     kernelHasModules = false;
-    EXPECT_EQ(0, run(VLIBIptablesModInsert, "xt_unknown.ko")) << "a kernel without modules";
+    EXPECT_EQ(run(VLIBIptablesModInsert, "xt_unknown.ko"), 0) << "a kernel without modules";
     kernelHasModules = true;
 }
 
@@ -121,17 +125,17 @@ TEST_F(KernelModule, RemovesWhatNobodyHolds) {
     kernel["xt_stuck"] = {kLive, 0, -EPERM};
     kernel["xt_builtin"] = {KMOD_MODULE_BUILTIN, 0, 0};
     EXPECT_EQ(
-        0,
         run(VLIBIptablesModRemove,
-            "xt_free.ko xt_held.ko xt_raced.ko xt_gone.ko xt_builtin.ko xt_absent.ko xt_own.ko"));
-    EXPECT_EQ("xt_free xt_raced xt_gone ", removed);
-    EXPECT_EQ(0U, log_.take().size());
+            "xt_free.ko xt_held.ko xt_raced.ko xt_gone.ko xt_builtin.ko xt_absent.ko xt_own.ko"),
+        0);
+    EXPECT_EQ(removed, "xt_free xt_raced xt_gone ");
+    EXPECT_EQ(log_.take().size(), 0U);
 
     for (const char* file : {"xt_stuck.ko", "xt_fails.ko"}) {
-        EXPECT_GT(0, run(VLIBIptablesModRemove, std::string(file) + " xt_own.ko")) << file;
-        EXPECT_EQ(1U, log_.take().size()) << file;
+        EXPECT_LT(run(VLIBIptablesModRemove, std::string(file) + " xt_own.ko"), 0) << file;
+        EXPECT_EQ(log_.take().size(), 1U) << file;
     }
-    EXPECT_EQ("own\n", ran());
+    EXPECT_EQ(ran(), "own\n");
 }
 
 }  // namespace

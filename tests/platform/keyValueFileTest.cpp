@@ -29,10 +29,10 @@ class KeyValueFile : public testing::Test {
     static void expectUntrusted(const std::string& plant) {
         const std::string path = "/tmp/kv/everybodys/file";
         shell("mkdir -p -m 1777 /tmp/kv/everybodys; cd /tmp/kv/everybodys; rm -f file; " + plant);
-        EXPECT_EQ("error", get(path, "k")) << plant;
-        EXPECT_EQ(ZAMO_ERR_SYSTEM, VLIBCErrGet()) << plant;
+        EXPECT_EQ(get(path, "k"), "error") << plant;
+        EXPECT_EQ(VLIBCErrGet(), ZAMO_ERR_SYSTEM) << plant;
         EXPECT_FALSE(has(path, "planted")) << plant;
-        EXPECT_EQ(0, set(path, "own", "v")) << plant;
+        EXPECT_EQ(set(path, "own", "v"), 0) << plant;
         shell("[ \"$(stat -c %F:%u:%s " + path + ")\" = 'regular file:0:8' ]");
     }
 
@@ -49,8 +49,8 @@ TEST_F(KeyValueFile, ChangesOneKeyAndKeepsTheOtherLines) {
     };
     for (const auto& [before, value, after] : rows) {
         writeFile(path_, before);
-        EXPECT_EQ(0, set(path_, "k", value)) << before;
-        EXPECT_EQ(after, readFile(path_)) << before;
+        EXPECT_EQ(set(path_, "k", value), 0) << before;
+        EXPECT_EQ(readFile(path_), after) << before;
         EXPECT_TRUE(has(path_, value)) << before;
         EXPECT_FALSE(has(path_, "other")) << before;
     }
@@ -95,9 +95,9 @@ TEST_F(KeyValueFile, RefusesWhatCouldNotBeReadBack) {
 
 TEST_F(KeyValueFile, KeepsTheModeOrIsReadableForAll) {
     const mode_t mask = umask(0077);
-    EXPECT_EQ(0, set(path_, "k", "v"));
+    EXPECT_EQ(set(path_, "k", "v"), 0);
     shell("[ $(stat -c %a /tmp/kv/file) = 644 ] && chmod 2660 /tmp/kv/file");
-    EXPECT_EQ(0, set(path_, "k", "w"));
+    EXPECT_EQ(set(path_, "k", "w"), 0);
     shell("[ $(stat -c %a /tmp/kv/file) = 2660 ]");
     umask(mask);
 }
@@ -105,41 +105,46 @@ TEST_F(KeyValueFile, KeepsTheModeOrIsReadableForAll) {
 TEST_F(KeyValueFile, DoesNotGrowOverItsLimit) {
     const std::string longest = std::string(1024 * 1024 - 4, '#') + "\nk=v";
     writeFile(path_, longest);
-    EXPECT_EQ("v", get(path_, "k"));
-    EXPECT_GT(0, set(path_, "k", "v")) << "it would grow over the limit";
-    EXPECT_EQ(longest, readFile(path_));
+    EXPECT_EQ(get(path_, "k"), "v");
+    EXPECT_LT(set(path_, "k", "v"), 0) << "it would grow over the limit";
+    EXPECT_EQ(readFile(path_), longest);
     writeFile(path_, longest + '\n');
-    EXPECT_EQ("error", get(path_, "k"));
+    EXPECT_EQ(get(path_, "k"), "error");
 }
 
 TEST_F(KeyValueFile, FollowsNoLinkInASharedDirectory) {
     writeFile(place_ / "secret", "k=planted\n", 0600);
-    for (const char* plant : {"ln -s ../secret file", "ln -s ../missing file"})
+    for (const char* plant : {"ln -s ../secret file", "ln -s ../missing file"}) {
         expectUntrusted(plant);
-    EXPECT_EQ("k=planted\n", readFile(place_ / "secret"));
+    }
+    EXPECT_EQ(readFile(place_ / "secret"), "k=planted\n");
 }
 
 TEST_F(KeyValueFile, MindsTheOwner) {
-    if (!canChangeOwners()) GTEST_SKIP() << "this root may not give files away";
+    if (!canChangeOwners()) {
+        GTEST_SKIP() << "this root may not give files away";
+    }
     for (const char* plant :
          {"echo k=planted >file; chown 4711 file", "mkfifo file; chown 4711 file"}) {
         expectUntrusted(plant);
     }
     // What cannot be replaced leaves no temporary file behind.
     shell("cd /tmp/kv/everybodys; rm file; mkdir file; chown 4711 file");
-    EXPECT_GT(0, set("/tmp/kv/everybodys/file", "k", "v"));
+    EXPECT_LT(set("/tmp/kv/everybodys/file", "k", "v"), 0);
     shell("[ $(ls /tmp/kv/everybodys) = file ]");
 
     shell("cd /tmp/kv; : >file; chown 4711:4712 file");
-    EXPECT_EQ(0, set(path_, "k", "v")) << "nobody else may write to this directory";
+    EXPECT_EQ(set(path_, "k", "v"), 0) << "nobody else may write to this directory";
     shell("[ $(stat -c %u:%g /tmp/kv/file) = 4711:4712 ]");
 }
 
 TEST_F(KeyValueFile, TellsTheMachinesFeatures) {
-    EXPECT_EQ(0, VLIBCSupportGet("wireless"));
+    EXPECT_EQ(VLIBCSupportGet("wireless"), 0);
     writeFile("/etc.defaults/zamoinfo.conf", "wireless=\"yes\"\nfan=\"no\"\nlamp=\"yes please\"\n");
-    EXPECT_EQ(1, VLIBCSupportGet("wireless"));
-    for (const char* other : {"fan", "lamp"}) EXPECT_EQ(0, VLIBCSupportGet(other)) << other;
+    EXPECT_EQ(VLIBCSupportGet("wireless"), 1);
+    for (const char* other : {"fan", "lamp"}) {
+        EXPECT_EQ(VLIBCSupportGet(other), 0) << other;
+    }
     shell("rm /etc.defaults/zamoinfo.conf");
 }
 

@@ -25,7 +25,9 @@ std::string configuredInterfaces(int capacity) {
     memset(records, 'x', sizeof records);
     std::string names;
     const int count = VLIBNetGetInterfaceInfo(records, capacity, VLIB_NET_INTERFACE_CONFIGURED);
-    for (int i = 0; i < count; ++i) names += std::string(records[i].name) + ' ';
+    for (int i = 0; i < count; ++i) {
+        names += std::string(records[i].name) + ' ';
+    }
     return names;
 }
 
@@ -41,11 +43,11 @@ void addTunnel(const std::string& name, const std::string& local) {
     ifreq request = {};
     name.copy(request.ifr_name, sizeof request.ifr_name - 1);
     request.ifr_flags = IFF_TAP | IFF_NO_PI;
-    ASSERT_EQ(0, ioctl(fd, TUNSETIFF, &request)) << strerror(errno);
-    ASSERT_EQ(0, ioctl(fd, TUNSETLINK, ARPHRD_SIT) + ioctl(fd, TUNSETPERSIST, 1));
+    ASSERT_EQ(ioctl(fd, TUNSETIFF, &request), 0) << strerror(errno);
+    ASSERT_EQ(ioctl(fd, TUNSETLINK, ARPHRD_SIT) + ioctl(fd, TUNSETPERSIST, 1), 0);
     request.ifr_hwaddr.sa_family = ARPHRD_SIT;
-    ASSERT_EQ(1, inet_pton(AF_INET, local.c_str(), request.ifr_hwaddr.sa_data));
-    ASSERT_EQ(0, ioctl(fd, SIOCSIFHWADDR, &request)) << strerror(errno);
+    ASSERT_EQ(inet_pton(AF_INET, local.c_str(), request.ifr_hwaddr.sa_data), 1);
+    ASSERT_EQ(ioctl(fd, SIOCSIFHWADDR, &request), 0) << strerror(errno);
     close(fd);
 }
 
@@ -63,15 +65,15 @@ class Network : public testing::Test {
 };
 
 TEST_F(Network, ListsConfiguredInterfacesOnceInTheKernelsOrder) {
-    EXPECT_EQ("zz1 bb1 ", configuredInterfaces(8));
-    EXPECT_EQ("zz1 ", configuredInterfaces(1));
+    EXPECT_EQ(configuredInterfaces(8), "zz1 bb1 ");
+    EXPECT_EQ(configuredInterfaces(1), "zz1 ");
     shell("ip addr del 10.9.0.1/24 dev zz1; ip link set down1 up");
-    EXPECT_EQ("zz1 down1 bb1 ", configuredInterfaces(8)) << "a labelled address is enough";
+    EXPECT_EQ(configuredInterfaces(8), "zz1 down1 bb1 ") << "a labelled address is enough";
 
     VLIBNetInterface record;
-    EXPECT_GT(0, VLIBNetGetInterfaceInfo(&record, -1, VLIB_NET_INTERFACE_CONFIGURED));
-    EXPECT_GT(0, VLIBNetGetInterfaceInfo(&record, 1, 7));
-    EXPECT_EQ(ZAMO_ERR_BAD_PARAMETERS, VLIBCErrGet());
+    EXPECT_LT(VLIBNetGetInterfaceInfo(&record, -1, VLIB_NET_INTERFACE_CONFIGURED), 0);
+    EXPECT_LT(VLIBNetGetInterfaceInfo(&record, 1, 7), 0);
+    EXPECT_EQ(VLIBCErrGet(), ZAMO_ERR_BAD_PARAMETERS);
 }
 
 TEST_F(Network, NamesThePppoeInterfaceWhenItExists) {
@@ -82,29 +84,31 @@ TEST_F(Network, NamesThePppoeInterfaceWhenItExists) {
         {"interface=\"zz1:5\"\n", ""},
     };
     char name[256] = "untouched";
-    EXPECT_EQ(0, ZAMOPPPoeIntfGet(name, sizeof name));
-    EXPECT_STREQ("", name) << "no file";
+    EXPECT_EQ(ZAMOPPPoeIntfGet(name, sizeof name), 0);
+    EXPECT_STREQ(name, "") << "no file";
     for (const auto& [text, expected] : rows) {
         writeFile(place / "pppoe.conf", text);
-        EXPECT_EQ(0, ZAMOPPPoeIntfGet(name, sizeof name)) << text;
-        EXPECT_STREQ(expected, name) << text;
-        EXPECT_EQ(*expected != '\0', ZAMOPPPoeIntfGet(name, 3) < 0) << text << "no room";
+        EXPECT_EQ(ZAMOPPPoeIntfGet(name, sizeof name), 0) << text;
+        EXPECT_STREQ(name, expected) << text;
+        EXPECT_EQ(ZAMOPPPoeIntfGet(name, 3) < 0, *expected != '\0') << text << "no room";
     }
 }
 
 TEST_F(Network, ToolFindsTheTunnelThatIsUpOnAnAddress) {
-    if (access("/dev/net/tun", R_OK | W_OK) != 0) GTEST_SKIP() << "there are no TAP devices";
+    if (access("/dev/net/tun", R_OK | W_OK) != 0) {
+        GTEST_SKIP() << "there are no TAP devices";
+    }
     addTunnel("tun-b", "10.9.1.1");
     addTunnel("tun-a", "10.9.0.1");
     addTunnel("tun-other", "10.9.7.7");
     shell("ip link set tun-other up");
-    EXPECT_EQ("zz1", routerInterface("zz1")) << "both tunnels are down";
+    EXPECT_EQ(routerInterface("zz1"), "zz1") << "both tunnels are down";
     shell("ip link set tun-a up");
-    EXPECT_EQ("tun-a", routerInterface("zz1"));
+    EXPECT_EQ(routerInterface("zz1"), "tun-a");
     shell("ip link set tun-b up");
-    EXPECT_EQ("tun-b", routerInterface("zz1")) << "the older one of two";
+    EXPECT_EQ(routerInterface("zz1"), "tun-b") << "the older one of two";
     for (const char* name : {"bb1", "lo", "nosuch", "a-name-of-more-than-fifteen-letters"}) {
-        EXPECT_EQ(name, routerInterface(name));
+        EXPECT_EQ(routerInterface(name), name);
     }
     for (const char* wrong : {"", "--get-ipv6-router-interface", "--x lo"}) {
         shell(NETTOOL " " + std::string(wrong) + " 2>/tmp/message; [ $? = 2 -a -s /tmp/message ]");

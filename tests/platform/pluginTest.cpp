@@ -14,7 +14,7 @@ using namespace test;
 
 class Plugins : public testing::Test {
   protected:
-    void SetUp() override { ASSERT_EQ(0, VLIBPluginSDKInit("net", "net/hook", &handle_)); }
+    void SetUp() override { ASSERT_EQ(VLIBPluginSDKInit("net", "net/hook", &handle_), 0); }
     void TearDown() override { VLIBPluginExit(handle_); }
     void addPlugin(const std::string& name, const std::string& command, unsigned mode = 0755) {
         writeFile(directory_ / name, "#!/bin/sh\necho " + name + " >>/tmp/plugins/ran\n" + command,
@@ -34,17 +34,19 @@ TEST_F(Plugins, RunInByteOrderWithActionAndArguments) {
     addPlugin("B", "");
     addPlugin("notes", "", 0644);
     shell("cd /usr/zamo/etc/plugin.d/net/hook; mkdir folder; ln -s nowhere dangling");
-    EXPECT_EQ(0, VLIBPluginSetArg(handle_, "RESULT", "0"));
-    EXPECT_EQ(0, VLIBPluginSetArg(handle_, "RESULT", "a=-1 b"));
-    EXPECT_EQ(0, VLIBPluginSetArg(handle_, "EMPTY", ""));
-    for (const char* name : {"", "A=B"}) EXPECT_GT(0, VLIBPluginSetArg(handle_, name, "x"));
+    EXPECT_EQ(VLIBPluginSetArg(handle_, "RESULT", "0"), 0);
+    EXPECT_EQ(VLIBPluginSetArg(handle_, "RESULT", "a=-1 b"), 0);
+    EXPECT_EQ(VLIBPluginSetArg(handle_, "EMPTY", ""), 0);
+    for (const char* name : {"", "A=B"}) {
+        EXPECT_LT(VLIBPluginSetArg(handle_, name, "x"), 0);
+    }
 
-    EXPECT_EQ(0, VLIBPluginAction(VLIB_PLUGIN_POST, handle_));
-    EXPECT_EQ("B\na\nb\npost,a=-1 b,,/usr/sbin:/usr/bin:/sbin:/bin,\n", ran());
-    EXPECT_EQ(0U, log_.take().size());
-    EXPECT_GT(0, VLIBPluginAction(3, handle_));
+    EXPECT_EQ(VLIBPluginAction(VLIB_PLUGIN_POST, handle_), 0);
+    EXPECT_EQ(ran(), "B\na\nb\npost,a=-1 b,,/usr/sbin:/usr/bin:/sbin:/bin,\n");
+    EXPECT_EQ(log_.take().size(), 0U);
+    EXPECT_LT(VLIBPluginAction(3, handle_), 0);
     shell("rm -r /usr/zamo/etc/plugin.d/net/hook");
-    EXPECT_EQ(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_)) << "a missing directory is empty";
+    EXPECT_EQ(VLIBPluginAction(VLIB_PLUGIN_PRE, handle_), 0) << "a missing directory is empty";
 }
 
 TEST_F(Plugins, AllRunAndEachFailureIsLogged) {
@@ -52,29 +54,29 @@ TEST_F(Plugins, AllRunAndEachFailureIsLogged) {
     addPlugin("2", "kill -9 $$");
     writeFile(directory_ / "3", "no program", 0755);
     addPlugin("4", "[ \"$1\" = pre ]");
-    EXPECT_GT(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_));
-    EXPECT_EQ("1\n2\n4\n", ran());
+    EXPECT_LT(VLIBPluginAction(VLIB_PLUGIN_PRE, handle_), 0);
+    EXPECT_EQ(ran(), "1\n2\n4\n");
     const auto log = log_.take();
-    ASSERT_EQ(3U, log.size());
-    EXPECT_EQ("zamosdk: plug-in /usr/zamo/etc/plugin.d/net/hook/1 exited with status 3", log[0]);
+    ASSERT_EQ(log.size(), 3U);
+    EXPECT_EQ(log[0], "zamosdk: plug-in /usr/zamo/etc/plugin.d/net/hook/1 exited with status 3");
 }
 
 TEST_F(Plugins, RefuseWhatOthersCouldHaveWritten) {
     writeFile(output_ / "target", "#!/bin/sh\necho target >>/tmp/plugins/ran\n", 0755);
     shell("ln -s /tmp/plugins/target " + (directory_ / "link"));
     addPlugin("good", "");
-    EXPECT_EQ(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_)) << "a link to a safe file is followed";
+    EXPECT_EQ(VLIBPluginAction(VLIB_PLUGIN_PRE, handle_), 0) << "a link to a safe file is followed";
     shell("chmod 1777 /usr/zamo/etc/plugin.d/net/hook");
-    EXPECT_GT(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_)) << "unless anybody may have made it";
+    EXPECT_LT(VLIBPluginAction(VLIB_PLUGIN_PRE, handle_), 0) << "unless anybody may have made it";
     shell("chmod 755 /usr/zamo/etc/plugin.d/net/hook");
-    EXPECT_EQ("good\ntarget\ngood\n", ran());
+    EXPECT_EQ(ran(), "good\ntarget\ngood\n");
 
     shell(canChangeOwners() ? "chown 4711 /tmp/plugins/target" : "chmod 757 /tmp/plugins/target");
     addPlugin("group", "", 0775);
     addPlugin("world", "", 0757);
-    EXPECT_GT(0, VLIBPluginAction(VLIB_PLUGIN_PRE, handle_));
-    EXPECT_EQ("good\ntarget\ngood\ngood\n", ran());
-    EXPECT_EQ(4U, log_.take().size());
+    EXPECT_LT(VLIBPluginAction(VLIB_PLUGIN_PRE, handle_), 0);
+    EXPECT_EQ(ran(), "good\ntarget\ngood\ngood\n");
+    EXPECT_EQ(log_.take().size(), 4U);
 }
 
 TEST(DirectoryCreation, MakesParentsAndFollowsNoLinkInASharedDirectory) {
@@ -83,14 +85,18 @@ TEST(DirectoryCreation, MakesParentsAndFollowsNoLinkInASharedDirectory) {
         return ZAMOFSMkdirP((place / name).c_str(), 0577) == 0 ? 0 : errno;
     };
     const mode_t mask = umask(0022);
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(0, make("/a//b/c/"));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(make("/a//b/c/"), 0);
+    }
     shell(
         "cd /tmp/made; [ \"$(stat -c %a a/b/c a/b | xargs)\" = '555 755' ] && : >file && ln -s a link");
-    for (const char* name : {"file", "file/x"}) EXPECT_EQ(ENOTDIR, make(name)) << name;
+    for (const char* name : {"file", "file/x"}) {
+        EXPECT_EQ(make(name), ENOTDIR) << name;
+    }
 
-    EXPECT_EQ(0, make("link/trusted"));
+    EXPECT_EQ(make("link/trusted"), 0);
     shell("cd /tmp/made; [ -d a/trusted ] && chmod 1777 .");
-    EXPECT_EQ(ENOTDIR, make("link/planted"));
+    EXPECT_EQ(make("link/planted"), ENOTDIR);
     shell("[ ! -e /tmp/made/a/planted ]");
     umask(mask);
 }

@@ -38,13 +38,15 @@ FILE* openShell(const char* mode, const char* command) {
 std::string outputOf(const char* command) {
     FILE* stream = openShell("r", command);
     char text[512];
-    const size_t length = stream ? fread(text, 1, sizeof text, stream) : 0;
-    return stream && VLIBCPclose(stream) == 0 ? std::string(text, length) : "failed";
+    const size_t length = stream != nullptr ? fread(text, 1, sizeof text, stream) : 0;
+    return stream != nullptr && VLIBCPclose(stream) == 0 ? std::string(text, length) : "failed";
 }
 
 void reapEverything(int) {
     const int saved = errno;
-    while (waitpid(-1, nullptr, WNOHANG) > 0) continue;
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+        continue;
+    }
     errno = saved;
 }
 
@@ -52,53 +54,67 @@ TEST(Program, GivesMinusOneUnlessItRanAndExitedWithZero) {
     const Directory place("/tmp/program");
     writeFile(place / "plain", "exit 0\n", 0644);
     writeFile(place / "noProgram", "exit 0\n", 0755);
-    EXPECT_EQ(0, runShell("exit 0"));
-    EXPECT_EQ(-1, runShell("exit 3"));
-    EXPECT_EQ(-1, runShell("kill -9 $$"));
+    EXPECT_EQ(runShell("exit 0"), 0);
+    EXPECT_EQ(runShell("exit 3"), -1);
+    EXPECT_EQ(runShell("kill -9 $$"), -1);
     for (const char* name : {"missing", "plain", "noProgram", "."}) {
         const std::string path = place / name;
         const char* const argv[] = {path.c_str(), nullptr};
-        for (const int wait : {0, 1}) EXPECT_EQ(-1, VLIBCExecv(argv[0], argv, wait)) << name;
-        EXPECT_EQ(nullptr, VLIBCPopen("r", argv)) << name;
+        for (const int wait : {0, 1}) {
+            EXPECT_EQ(VLIBCExecv(argv[0], argv, wait), -1) << name;
+        }
+        EXPECT_EQ(VLIBCPopen("r", argv), nullptr) << name;
     }
 }
 
 TEST(Program, SeesNothingOfTheCallerButItsStandardOutputs) {
     const int result = inChild([] {
-        for (int i = 0; i < 300; ++i) (void)!open("/", O_RDONLY);
+        for (int i = 0; i < 300; ++i) {
+            (void)!open("/", O_RDONLY);
+        }
         FILE* other = openShell("w", "cat >/dev/null");
         sigset_t all;
         sigfillset(&all);
         pthread_sigmask(SIG_SETMASK, &all, nullptr);
         signal(SIGHUP, SIG_IGN);
         setenv("SECRET", "1", 1);
-        EXPECT_EQ("0 1 2 ", outputOf(kListDescriptors));
-        EXPECT_EQ("/dev/null\n", outputOf("readlink /proc/$$/fd/0"));
-        EXPECT_EQ("PATH=/usr/sbin:/usr/bin:/sbin:/bin\n",
-                  outputOf("tr '\\0' '\\n' </proc/$$/environ"));
-        EXPECT_EQ("SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n",
-                  outputOf("exec grep '^Sig[BI]' /proc/self/status"));
-        EXPECT_EQ(0, VLIBCPclose(other));
+        EXPECT_EQ(outputOf(kListDescriptors), "0 1 2 ");
+        EXPECT_EQ(outputOf("readlink /proc/$$/fd/0"), "/dev/null\n");
+        EXPECT_EQ(outputOf("tr '\\0' '\\n' </proc/$$/environ"),
+                  "PATH=/usr/sbin:/usr/bin:/sbin:/bin\n");
+        EXPECT_EQ(outputOf("exec grep '^Sig[BI]' /proc/self/status"),
+                  "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n");
+        EXPECT_EQ(VLIBCPclose(other), 0);
         return testing::Test::HasFailure() ? 1 : 0;
     });
-    EXPECT_EQ(0, result);
+    EXPECT_EQ(result, 0);
 }
 
 TEST(Program, WorksWhenTheCallerHasNoStandardStreams) {
     const Directory place("/tmp/streams");
     for (const std::vector<int>& closed : {std::vector{0}, {1}, {2}, {0, 1, 2}}) {
         const int result = inChild([&] {
-            for (const int fd : closed) close(fd);
-            if (outputOf(kListDescriptors) != "0 1 2 ") return 1;
+            for (const int fd : closed) {
+                close(fd);
+            }
+            if (outputOf(kListDescriptors) != "0 1 2 ") {
+                return 1;
+            }
             FILE* sink = openShell("w", "cat >/tmp/streams/text; exit 5");
-            if (!sink || fileno(sink) <= 2 || fputs("text", sink) < 0) return 2;
-            if (WEXITSTATUS(VLIBCPclose(sink)) != 5 || readFile(place / "text") != "text") return 3;
+            if (sink == nullptr || fileno(sink) <= 2 || fputs("text", sink) < 0) {
+                return 2;
+            }
+            if (WEXITSTATUS(VLIBCPclose(sink)) != 5 || readFile(place / "text") != "text") {
+                return 3;
+            }
             // A lock file that got such a number would become the program's output.
             int lock = -1;
-            if (!VLIBCFileLockTimeByFile("/tmp/streams/lock", 1, 0, &lock) || lock <= 2) return 4;
+            if (!VLIBCFileLockTimeByFile("/tmp/streams/lock", 1, 0, &lock) || lock <= 2) {
+                return 4;
+            }
             return runShell("cd /proc/$$/fd; [ -e 0 -a -e 1 -a -e 2 ]") == 0 ? 0 : 5;
         });
-        EXPECT_EQ(0, result) << closed.size() << " closed from " << closed.front();
+        EXPECT_EQ(result, 0) << closed.size() << " closed from " << closed.front();
     }
 }
 
@@ -234,22 +250,22 @@ TEST(Program, RunsInTheBackgroundAndIsReaped) {
     const char* const argv[] = {"/bin/sh", "-c", "cd /tmp/background; echo $$ >pid; : >gate",
                                 nullptr};
     // The program waits at the FIFO until we read it.
-    ASSERT_EQ(0, VLIBCExecv(argv[0], argv, 0));
+    ASSERT_EQ(VLIBCExecv(argv[0], argv, 0), 0);
     ASSERT_TRUE(
         eventually([&] { return readFile(place / "pid").find('\n') != std::string::npos; }));
     const pid_t child = std::stoi(readFile(place / "pid"));
-    EXPECT_EQ(0, kill(child, 0));
-    EXPECT_EQ("", readFile(place / "gate"));
+    EXPECT_EQ(kill(child, 0), 0);
+    EXPECT_EQ(readFile(place / "gate"), "");
     EXPECT_TRUE(eventually([child] { return kill(child, 0) != 0; }));
 }
 
 TEST(Program, StreamsGiveTheWaitStatusAndForeignOnesAreLeftAlone) {
-    EXPECT_EQ(SIGKILL, WTERMSIG(VLIBCPclose(openShell("r", "kill -9 $$"))));
-    EXPECT_EQ(nullptr, openShell("rw", "exit 0"));
+    EXPECT_EQ(WTERMSIG(VLIBCPclose(openShell("r", "kill -9 $$"))), SIGKILL);
+    EXPECT_EQ(openShell("rw", "exit 0"), nullptr);
     FILE* foreign = fopen("/dev/null", "r");
-    EXPECT_EQ(-1, VLIBCPclose(foreign));
-    EXPECT_EQ(EINVAL, errno);
-    EXPECT_EQ(0, fclose(foreign));
+    EXPECT_EQ(VLIBCPclose(foreign), -1);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(fclose(foreign), 0);
 }
 
 }  // namespace

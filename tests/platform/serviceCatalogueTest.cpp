@@ -19,9 +19,10 @@ struct CatalogueReleaser {
 };
 
 std::string textOf(int protocol, const VLIBCSzList* ports) {
-    std::string text = std::to_string(protocol) + (ports ? ":" : "");
-    for (int i = 0; i < VLIBCSzListCount(ports); ++i)
+    std::string text = std::to_string(protocol) + (ports != nullptr ? ":" : "");
+    for (int i = 0; i < VLIBCSzListCount(ports); ++i) {
         text += std::string(" ") + VLIBCSzListGet(ports, i);
+    }
     return text;
 }
 
@@ -30,15 +31,17 @@ class ServiceCatalogue : public testing::Test {
     int load() {
         ZAMOFwServiceList* loaded = nullptr;
         const int count = ZAMOFwServiceEnum(&loaded);
-        EXPECT_EQ(count > 0, loaded != nullptr);
+        EXPECT_EQ(loaded != nullptr, count > 0);
         catalogue_.reset(loaded);
         return count;
     }
     // The record in one line.
     std::string find(const char* name) const {
         const ZAMOFwService* found = ZAMOFWServiceFind(catalogue_.get(), name);
-        if (!found) return "missing";
-        EXPECT_STREQ(name, found->name);
+        if (found == nullptr) {
+            return "missing";
+        }
+        EXPECT_STREQ(found->name, name);
         return (found->valid ? "on " : "off ") + textOf(found->dstProtocol, found->dstPorts) +
                " / " + textOf(found->srcProtocol, found->srcPorts);
     }
@@ -60,15 +63,17 @@ TEST_F(ServiceCatalogue, JoinsShippedAndAddedServices) {
     writeFile(shipped_ / "none.json", "{}");
     writeFile(added_ / "ping.two.json", R"({"destination": {"protocol": "icmp", "ports": []}})");
     writeFile(added_ / "ssh.json", R"({"source": {"protocol": "igmp", "ports": ["1-65535"]}})");
-    for (const char* name : {".hidden.json", "copy.json~", "json"}) writeFile(added_ / name, "{}");
+    for (const char* name : {".hidden.json", "copy.json~", "json"}) {
+        writeFile(added_ / name, "{}");
+    }
 
-    EXPECT_EQ(4, load());
-    EXPECT_EQ("on 0 / 32: 1-65535", find("ssh"));
-    EXPECT_EQ("off 2: 67 6000-6010 / 3: 68", find("dhcp"));
-    EXPECT_EQ("on 0 / 0", find("none"));
-    EXPECT_EQ("on 4: / 0", find("ping.two"));
-    EXPECT_EQ("missing", find("ssh.json"));
-    EXPECT_EQ(0U, log_.take().size());
+    EXPECT_EQ(load(), 4);
+    EXPECT_EQ(find("ssh"), "on 0 / 32: 1-65535");
+    EXPECT_EQ(find("dhcp"), "off 2: 67 6000-6010 / 3: 68");
+    EXPECT_EQ(find("none"), "on 0 / 0");
+    EXPECT_EQ(find("ping.two"), "on 4: / 0");
+    EXPECT_EQ(find("ssh.json"), "missing");
+    EXPECT_EQ(log_.take().size(), 0U);
 }
 
 TEST_F(ServiceCatalogue, LeavesOutWhatIsBrokenWithOneLogLine) {
@@ -83,7 +88,9 @@ TEST_F(ServiceCatalogue, LeavesOutWhatIsBrokenWithOneLogLine) {
         "source": {"protocol": "TCP", "ports": ["1"]}
         "source": {"protocol": 1, "ports": ["1"]}
         "source": {"protocol": "tcp", "ports": "1"})");
-    for (std::string line; std::getline(members, line);) texts.push_back("{" + line + "}");
+    for (std::string line; std::getline(members, line);) {
+        texts.push_back("{" + line + "}");
+    }
     std::istringstream ports(
         R"(1 "" "0" "022" "65536" "9999999999" "ssh" "1,2" "-1" "1-" "0-5" "6-5" "5-6-7" "5:6")");
     for (std::string port; ports >> port;) {
@@ -93,10 +100,10 @@ TEST_F(ServiceCatalogue, LeavesOutWhatIsBrokenWithOneLogLine) {
     writeFile(shipped_ / "bad.json", "{}");
     for (const std::string& text : texts) {
         writeFile(added_ / "bad.json", text);
-        EXPECT_EQ(1, load()) << text.substr(0, 80);
-        EXPECT_EQ("missing", find("bad")) << "the shipped file is replaced all the same";
+        EXPECT_EQ(load(), 1) << text.substr(0, 80);
+        EXPECT_EQ(find("bad"), "missing") << "the shipped file is replaced all the same";
         const auto log = log_.take();
-        ASSERT_EQ(1U, log.size()) << text.substr(0, 80);
+        ASSERT_EQ(log.size(), 1U) << text.substr(0, 80);
         EXPECT_TRUE(log[0].find("zamoserviceconf: " + (added_ / "bad.json is left out: ")) == 0 &&
                     log[0].find('\n') == std::string::npos)
             << log[0];
@@ -104,8 +111,8 @@ TEST_F(ServiceCatalogue, LeavesOutWhatIsBrokenWithOneLogLine) {
     for (const char* irregular : {"mkfifo", "mkdir", "ln -s /dev/null"}) {
         shell("cd /usr/zamo/etc/services.d; rm -rf bad.json; " + std::string(irregular) +
               " bad.json");
-        EXPECT_EQ(1, load()) << irregular;
-        EXPECT_EQ(1U, log_.take().size()) << irregular;
+        EXPECT_EQ(load(), 1) << irregular;
+        EXPECT_EQ(log_.take().size(), 1U) << irregular;
     }
 }
 

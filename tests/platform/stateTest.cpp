@@ -13,5 +13,5 @@ TEST(LastError, BelongsToTheThreadAndCopiesTheFile) {
         VLIBCErrSetEx(6, nullptr, 1);
     }).join();
     EXPECT_TRUE(VLIBCErrGet() == 5 && VLIBCErrorGetLine() == 77);
-    EXPECT_EQ(std::string(255, 'x'), VLIBCErrorGetFile());
+    EXPECT_EQ(VLIBCErrorGetFile(), std::string(255, 'x'));
 }
