@@ -82,15 +82,16 @@ bool hasControllingTerminal() {
 // In a group of its own, a program does not get what the terminal sends to the caller's group: a
 // hangup or Ctrl-C would otherwise end it in the middle of its work. But the terminal stops a
 // background group that reads from it (or writes to it after `stty tostop`), and the caller would
-// wait for ever, so there the program gets a session without a terminal. A session is not the rule
-// because the kernel schedules each one apart (autogroup), which delays starts on a busy machine.
+// wait for it without end. There, the program gets a session without a terminal. A session is not
+// the rule because the kernel schedules each one apart (autogroup), which delays starts on a busy
+// machine.
 const posix_spawnattr_t* chooseAttributes() {
     static const Attributes ownGroup(POSIX_SPAWN_SETPGROUP);
     static const Attributes ownSession(POSIX_SPAWN_SETSID);
     return hasControllingTerminal() ? ownSession.get() : ownGroup.get();
 }
 
-// A close-on-exec descriptor on this number is somebody's file, not a standard stream.
+// A close-on-exec descriptor with this number is some file of the caller, not a standard stream.
 bool isInheritable(int fd) {
     const int flags = fcntl(fd, F_GETFD);
     return flags >= 0 && (flags & FD_CLOEXEC) == 0;
@@ -107,14 +108,14 @@ void fill(FileActions& actions, const ChildSetup& setup) {
     } else if (!isInheritable(STDOUT_FILENO)) {
         actions.openNull(STDOUT_FILENO, O_WRONLY);
     }
-    // A program without these would print into the next file that it opens.
+    // Without it, the program would print its errors into the next file that it opens.
     if (!isInheritable(STDERR_FILENO)) {
         actions.openNull(STDERR_FILENO, O_WRONLY);
     }
     actions.closeFrom(STDERR_FILENO + 1);
 }
 
-// Input from /dev/null, and both outputs as they are: nearly every start, so made only once.
+// Input from /dev/null, both outputs inherited: used by nearly every start, so it is built once.
 class UsualActions : public FileActions {
   public:
     UsualActions() {

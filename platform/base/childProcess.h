@@ -5,7 +5,7 @@
 
 namespace zamo {
 
-// The only variable of a program's environment, unless others are asked for.
+// A program's whole environment, unless the caller sets another.
 constexpr const char* kPathVariable = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
 
 struct ChildSetup {

@@ -3,7 +3,7 @@
 
 #include <zamo/core.h>
 
-// Sets the thread's last error to this place in the source and yields -1; errno stays as it is.
+// Sets the thread's last error to this source line and evaluates to -1; does not change errno.
 #define ZAMO_FAIL(code) (VLIBCErrSetEx((code), __FILE_NAME__, __LINE__), -1)
 
 #endif

@@ -77,7 +77,7 @@ ReadResult readTextFile(const std::string& path, TextFile& file) {
     const std::string name = path.substr(path.rfind('/') + 1);
     const bool shared = isWritableByAll(directory.get());
 
-    // Looked at before it is opened too: a foreign socket or FIFO need not let itself be opened.
+    // Checked before opening as well: opening a foreign socket or FIFO may fail or block.
     struct stat seen = {};
     if (fstatat(directory.get(), name.c_str(), &seen, shared ? AT_SYMLINK_NOFOLLOW : 0) != 0) {
         return failedToFind();

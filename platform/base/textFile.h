@@ -10,7 +10,7 @@ namespace zamo {
 
 constexpr std::size_t kTextFileLimit = 1024 * 1024;
 
-// A whole file with the properties that a replacement has to keep.
+// A whole file, and its properties for a replacement that keeps mode and owner.
 struct TextFile {
     std::string text;
     struct stat properties = {};
@@ -19,14 +19,14 @@ struct TextFile {
 enum class ReadResult {
     kDone,
     kMissing,
-    kUntrusted,  // in a directory that everybody may write to: a symbolic link, or a foreign owner
-    kFailed,     // errno tells why; EFBIG over the limit, EINVAL for what is no regular file
+    kUntrusted,  // a symbolic link or another user's file in a world-writable directory
+    kFailed,     // with errno: EFBIG over the limit, EINVAL if it is not a regular file
 };
 
 // Reads a regular file up to the limit; `file` is set when the result is kDone.
 [[nodiscard]] ReadResult readTextFile(const std::string& path, TextFile& file);
 
-// Whether anybody may put a symbolic link into the open directory. True when it cannot be told.
+// Whether any user may put a symbolic link into the open directory. True if that is unknown.
 [[nodiscard]] bool isWritableByAll(int directory);
 
 }  // namespace zamo

@@ -55,7 +55,7 @@ int store(const std::string& path, std::string_view key, std::string_view value)
     if (text.size() > zamo::kTextFileLimit) {
         return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
     }
-    // An untrusted file passes on neither its lines nor its owner.
+    // Neither the lines nor the owner of an untrusted file are kept.
     const struct stat* previous = read == ReadResult::kDone ? &old.properties : nullptr;
     return zamo::replaceFile(path, text, previous) ? 0 : ZAMO_FAIL(ZAMO_ERR_SYSTEM);
 }

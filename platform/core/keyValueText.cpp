@@ -5,7 +5,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\v\f";
 
-// Cuts the first line off `text`, with its line feed when it has one.
+// Removes the first line from `text` and returns it.
 std::string_view takeLine(std::string_view& text) {
     const std::size_t feed = text.find('\n');
     const std::size_t length = feed == std::string_view::npos ? text.size() : feed + 1;

@@ -12,8 +12,8 @@
 //     title=" a b "
 //     name = plain text
 //
-// Blanks around a key and around a value without quotes do not count; the quotes keep those inside
-// them. Of several equal keys the last one wins.
+// Blanks around a key or an unquoted value are ignored; quotes preserve the blanks inside. If a key
+// appears several times, the last one wins.
 namespace zamo {
 
 [[nodiscard]] std::string_view trimBlanks(std::string_view text);
@@ -21,11 +21,10 @@ namespace zamo {
 // `key` must be trimmed.
 [[nodiscard]] std::optional<std::string> findValue(std::string_view text, std::string_view key);
 
-// Whether the pair can be written to such a file and read back.
+// Whether the pair can be stored and read back unchanged.
 [[nodiscard]] bool isStorable(std::string_view key, std::string_view value);
 
-// The text with the key's lines replaced by one, at the place of the first; it is appended when
-// there is none.
+// The text with the key's first line replaced and its other lines removed. A new key is appended.
 [[nodiscard]] std::string withValue(std::string_view text,
                                     std::string_view key,
                                     std::string_view value);

@@ -60,7 +60,7 @@ bool isSameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-// Swaps the two names; when nothing has the path any more, gives it back what `spare` names.
+// Swaps the two names. If the path is gone, renames `spare` to it.
 bool swap(const std::string& spare, const std::string& path) {
     const auto rename = [&](unsigned flags) {
         return renameat2(AT_FDCWD, spare.c_str(), AT_FDCWD, path.c_str(), flags) == 0;
@@ -130,7 +130,7 @@ posix::Descriptor openOrCreate(const char* path, int access) {
     return posix::openFile(path, flags | O_CREAT | O_EXCL, kMode);
 }
 
-// Empty with EAGAIN when another user's file came between.
+// Empty with EAGAIN when another user's file has appeared since the check.
 posix::Descriptor openOwn(const char* path, int access, bool shared) {
     posix::Descriptor fd = openOrCreate(path, access);
     struct stat properties = {};
@@ -161,8 +161,7 @@ LockFile openLockFile(const char* path, bool exclusive) {
     const bool shared = isDirectoryShared(path);
     LockFile file;
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-        // Looked at before it is opened: opening a foreign file may take long (leases) or do
-        // things.
+        // Checked before opening: opening a foreign file may block (leases) or have side effects.
         struct stat found = {};
         const bool exists = lstat(path, &found) == 0;
         file.isLocked = exists && isForeign(found, shared);

@@ -42,7 +42,7 @@ class StreamTable {
     std::map<FILE*, ProgramPtr> programs_;
 };
 
-// Never destroyed: other threads may use streams until the process is gone.
+// Never destroyed: other threads may use streams until the process ends.
 StreamTable& streams() {
     static StreamTable& table = *new StreamTable;
     return table;
@@ -135,7 +135,7 @@ ZAMO_EXPORT int VLIBCPclose(FILE* stream) {
         errno = EINVAL;
         return ZAMO_FAIL(ZAMO_ERR_BAD_PARAMETERS);
     }
-    // What the program did not want to read is not an error of its run.
+    // The program may end without reading everything; that is not an error.
     (void)fclose(stream);
     const int status = program->wait();
     return status < 0 ? ZAMO_FAIL(ZAMO_ERR_SYSTEM) : status;

@@ -17,8 +17,7 @@ namespace {
 constexpr mode_t kNewFileMode = 0644;
 constexpr mode_t kModeBits = 07777;
 
-// A new file beside its target, under a name that nobody can foresee. It is deleted again unless it
-// has been published.
+// A new file beside its target, with an unpredictable name. It is deleted unless it is published.
 class TemporaryFile {
   public:
     explicit TemporaryFile(const std::string& target)
@@ -46,7 +45,7 @@ class TemporaryFile {
             return false;
         }
         const bool sameOwner = own.st_uid == previous.st_uid && own.st_gid == previous.st_gid;
-        // The owner first: a change of it may clear bits of the mode.
+        // The owner first: changing it may clear mode bits.
         if (!sameOwner && fchown(fd_.get(), previous.st_uid, previous.st_gid) != 0) {
             return false;
         }

@@ -8,10 +8,10 @@
 
 namespace zamo {
 
-// Puts a whole new file in the place of `path`. With `previous` it gets that file's mode and owner,
-// else it is an ordinary one that everybody may read. Whoever opens the path sees the old text or
-// the new one; whether the new one survives a power failure is not promised. False with errno set;
-// then the old file is untouched and no other file is left behind.
+// Replaces `path` by a new file with this text. It gets the mode and owner in `previous`, or mode
+// 0644 without it. A reader sees the old text or the new one; which of them is there after a power
+// failure is not promised. On failure it is false with errno set, the old file is unchanged and
+// nothing is left over.
 [[nodiscard]] bool replaceFile(const std::string& path,
                                std::string_view text,
                                const struct stat* previous);

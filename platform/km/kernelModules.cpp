@@ -24,10 +24,10 @@ struct ListReleaser {
 };
 using ListPtr = std::unique_ptr<kmod_list, ListReleaser>;
 
-// libkmod prints to standard error unless told otherwise; our own log lines name every failure.
+// By default libkmod prints to standard error. Our own log lines report every failure.
 void discardMessage(void*, int, const char*, int, const char*, const char*, va_list) {}
 
-// modprobe.d's commands are defined as shell text. 0, or the errno value that describes the
+// Commands in modprobe.d are shell text by definition. 0, or the errno value that describes the
 // failure.
 int runCommand(const std::string& module, const char* command) {
     const std::string name = "MODPROBE_MODULE=" + module;
@@ -69,7 +69,7 @@ int removeModule(kmod_module* module) {
     if (canStay(module)) {
         return 0;
     }
-    // Since we looked, it may have gained a user or gone.
+    // It may have gained a user or been removed since the check.
     const int result = kmod_module_remove_module(module, 0);
     const bool done = result >= 0 || result == -EAGAIN || result == -EBUSY || result == -ENOENT;
     return done ? 0 : -result;
@@ -97,14 +97,14 @@ bool KernelModules::logProblem(const std::string& name, const std::string& probl
 bool KernelModules::insert(kmod_module* module) const {
     const int result = kmod_module_probe_insert_module(
         module, KMOD_PROBE_APPLY_BLACKLIST, nullptr, runInstallCommand, nullptr, nullptr);
-    // A positive result says that the administrator has blacklisted it.
+    // A positive result means that it is blacklisted.
     if (result >= 0) {
         return true;
     }
     return logProblem(kmod_module_get_name(module), "cannot be loaded: " + describeError(-result));
 }
 
-// The module's file may be gone although the kernel has it, for instance after an upgrade.
+// The kernel may have a module whose file is gone, for instance after an upgrade.
 bool KernelModules::acceptUnknown(const std::string& name) const {
     kmod_module* found = nullptr;
     if (kmod_module_new_from_name(context_.get(), name.c_str(), &found) >= 0) {

@@ -11,8 +11,8 @@ namespace zamo {
 // Whether this kernel can load modules at all.
 [[nodiscard]] bool hasLoadableModules();
 
-// The running kernel's modules with the settings of modprobe.d. Both operations log their failure,
-// in the name of the service that asked.
+// The running kernel's modules, with the settings in modprobe.d. Both operations log a failure with
+// the name of the service.
 class KernelModules {
   public:
     explicit KernelModules(std::string service);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// "xt_mac" of "xt_mac.ko"; a module's name holds no dot.
+// "xt_mac" from "xt_mac.ko"; module names contain no dot.
 std::string moduleName(const char* fileName) {
     const std::string name = fileName;
     return name.substr(0, name.find('.'));

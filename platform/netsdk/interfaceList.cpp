@@ -26,7 +26,7 @@ using AddressesPtr = std::unique_ptr<ifaddrs, AddressesReleaser>;
 using NamesByIndex = std::map<int, std::string>;
 using IndexesByName = std::map<std::string, int>;
 
-// An IPv4 address may carry a label such as "eth0:1" in place of its interface's name.
+// For an IPv4 address this may be a label such as "eth0:1" instead of the interface's name.
 std::string interfaceOf(const ifaddrs& address) {
     const std::string label = address.ifa_name;
     return label.substr(0, label.find(':'));

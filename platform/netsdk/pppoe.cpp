@@ -13,8 +13,8 @@ namespace {
 
 constexpr const char* kPppoeFile = "/run/zamo/pppoe.conf";
 
-// The kernel also answers to alternative names and to labels of addresses ("ppp0:1"), with which
-// the packet filter cannot do anything.
+// The kernel also accepts alternative names and address labels ("ppp0:1"), which the packet filter
+// cannot use.
 bool isInterface(const char* name) {
     char properName[IF_NAMESIZE] = "";
     const unsigned index = if_nametoindex(name);
@@ -31,7 +31,7 @@ ZAMO_EXPORT int ZAMOPPPoeIntfGet(char* buffer, int size) {
     char name[2 * IF_NAMESIZE] = "";
     const int length = VLIBCFileGetKeyValue(kPppoeFile, "interface", name, sizeof name, 0);
     if (length < 0) {
-        return -1;  // the reader has set the last error
+        return -1;  // the last error is set already
     }
 
     const bool exists = length > 0 && isInterface(name);

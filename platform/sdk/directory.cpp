@@ -14,10 +14,10 @@
 
 namespace {
 
-// A directory has to be enterable by its owner as long as something is created inside it.
+// The owner needs these rights on a parent to create something inside it.
 constexpr mode_t kParentMode = 0300;
 
-// In a directory that everybody may write to, a symbolic link could lead anywhere.
+// In a world-writable directory, a symbolic link could lead anywhere.
 posix::Descriptor openSubdirectory(const posix::Descriptor& parent, const char* name) {
     const int noLink = zamo::isWritableByAll(parent.get()) ? O_NOFOLLOW : 0;
     return posix::openFileAt(parent.get(), name, O_PATH | O_DIRECTORY | noLink);
@@ -34,7 +34,7 @@ posix::Descriptor enterOrCreate(const posix::Descriptor& parent, const char* nam
     return openSubdirectory(parent, name);
 }
 
-// Cuts the next component off `path`, and the slashes around it.
+// Removes the next component, with the slashes around it, from `path`.
 std::string takeComponent(std::string& path) {
     path.erase(0, path.find_first_not_of('/'));
     std::string component = path.substr(0, path.find('/'));

@@ -80,7 +80,7 @@ const char* actionName(int action) {
 
 }  // namespace
 
-// The category is part of the hook's name already ("net/firewall_enable").
+// The hook's name already contains the category ("net/firewall_enable").
 ZAMO_EXPORT int VLIBPluginSDKInit(const char* /*category*/,
                                   const char* hook,
                                   VLIBPlugin** handle) try {

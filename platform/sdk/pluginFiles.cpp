@@ -16,7 +16,7 @@ namespace {
 
 enum class FileKind { kPlugin, kNoPlugin, kRefused };
 
-// What another user could have put there or changed would run with our rights.
+// A file that another user could have created or changed must not run with our rights.
 bool isSafe(const struct stat& properties) {
     const bool ours = properties.st_uid == 0 || properties.st_uid == geteuid();
     return ours && (properties.st_mode & (S_IWGRP | S_IWOTH)) == 0;

@@ -7,12 +7,12 @@
 namespace zamo {
 
 struct PluginFiles {
-    std::set<std::string> runnable;  // the names in byte order, which is the order of running
-    bool complete = true;  // false when the directory could not be read or a file is refused
+    std::set<std::string> runnable;  // names in byte order: the order in which they run
+    bool complete = true;            // false if the directory is unreadable or a file is refused
 };
 
-// Finds the plug-ins in a directory and logs what must not be run. A missing directory is empty,
-// and what is not an executable regular file is passed over.
+// Finds the plug-ins in a directory, and logs those that are refused. A missing directory counts as
+// empty. Anything but an executable regular file is ignored.
 [[nodiscard]] PluginFiles findPlugins(const std::string& directory);
 
 }  // namespace zamo

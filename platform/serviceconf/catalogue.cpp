@@ -38,13 +38,13 @@ constexpr std::string_view kSuffix = ".json";
 
 using PathsByName = std::map<std::string, std::string>;
 
-// A name that begins with a dot is a hidden file, such as an editor's copy.
+// Hidden files are ignored: editors leave such copies.
 bool isServiceFile(std::string_view name) {
     return name.size() > kSuffix.size() && name.front() != '.' &&
            name.substr(name.size() - kSuffix.size()) == kSuffix;
 }
 
-// Puts the directory's files into `paths`, in place of those of the same name.
+// Adds the directory's files to `paths`; they replace earlier ones of the same name.
 bool collectFiles(const std::string& directory, PathsByName& paths) {
     const posix::DirectoryPtr opened = posix::openDirectory(directory);
     if (opened == nullptr && errno == ENOENT) {

@@ -65,7 +65,7 @@ Json::Value parseDocument(const std::string& text) {
     return document;
 }
 
-// The member, or null when there is none. A null member has a wrong type.
+// The member, or null if it is missing. A JSON null counts as a wrong type.
 const Json::Value* findMember(const Json::Value& object, const char* name, Json::ValueType type) {
     const Json::Value* member = object.find(name, name + strlen(name));
     if (member != nullptr && member->type() != type) {
@@ -93,7 +93,7 @@ int protocolCode(const std::string& name) {
     refuse("unknown protocol " + name);
 }
 
-// 0 when the text is no port. A leading zero is none: other programs would read an octal number.
+// 0 if the text is not a port. A leading zero is refused: other programs would read it as octal.
 int parsePort(std::string_view text) {
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     if (text.empty() || text.size() > kLongestPort || text.front() == '0') {

@@ -1,8 +1,9 @@
 /*
  * libzamocore: processes, timed file locks, key/value files, string lists and the last error.
  *
- * Every function may be called from any thread. None of them throws, and every descriptor that
- * they open is close-on-exec. Text arguments must not be NULL unless it is said otherwise.
+ * Every function may be called from any thread, and none of them throws. Every descriptor that they
+ * open is close-on-exec and above 2, even if the caller has closed its standard streams. Text
+ * arguments must not be NULL unless stated otherwise.
  */
 #ifndef ZAMO_CORE_H
 #define ZAMO_CORE_H
@@ -15,9 +16,9 @@ extern "C" {
 
 /* Codes of the last error, see VLIBCErrSetEx(). */
 enum {
-    ZAMO_ERR_SYSTEM = 0x0100,         /* a system call failed; errno told why */
+    ZAMO_ERR_SYSTEM = 0x0100,         /* a system call failed; see errno */
     ZAMO_ERR_NO_MEMORY = 0x0200,      /* an allocation failed */
-    ZAMO_ERR_BAD_PARAMETERS = 0x0D00, /* a caller's argument cannot be used */
+    ZAMO_ERR_BAD_PARAMETERS = 0x0D00, /* an argument cannot be used */
 };
 
 /*
@@ -56,7 +57,8 @@ FILE* VLIBCPopen(const char* mode, const char* const argv[]);
 
 /*
  * Closes the stream and waits for its program. The wait status as waitpid() gives it, or -1 with
- * errno set, also when the stream does not come from VLIBCPopen(). Waiting survives signal handlers.
+ * errno set, also when the stream does not come from VLIBCPopen(). Waiting survives signal
+ * handlers.
  *
  * One case loses the status (-1, ECHILD): a process with a single thread and the default SIGCHLD
  * disposition that itself waits for any child between VLIBCPopen() and this call.
@@ -69,9 +71,9 @@ int VLIBCPclose(FILE* stream);
  * tries once. 1 with the descriptor in `*fd`; 0 with errno set (ETIMEDOUT when the time ran out)
  * and `*fd` unchanged.
  *
- * No other user can hold the lock or stop the caller from getting it: a lock file belongs to root or
- * the caller's effective user and has mode 0600; a wider mode of an own file is reduced to that. A
- * file of another owner is replaced. So is a symbolic link, FIFO or other special file, or a file
+ * No other user can hold the lock or stop the caller from getting it: a lock file belongs to root
+ * or the caller's effective user and has mode 0600; a wider mode of an own file is reduced to that.
+ * A file of another owner is replaced. So is a symbolic link, FIFO or other special file, or a file
  * with several hard links, in a directory that others may write to (such as /tmp); in other
  * directories these are refused. A non-empty directory in the way is renamed. When the caller may
  * not replace it, the call fails at once (EPERM). This needs a directory that is sticky or
@@ -86,11 +88,10 @@ int VLIBCFileLockTimeByFile(const char* path, int exclusive, int seconds, int* f
 int VLIBCFileUnlockByFile(int fd);
 
 /*
- * Key/value files hold one `key="value"` a line. The quotes may be left out when there is no blank
- * to keep at either end of the value; a line that begins with `#` is a comment; of several equal
- * keys the last one wins. Files over 1 MiB are refused. In a directory that everybody may write to,
- * a symbolic link or a file of a foreign owner (neither root nor the caller's effective user) is
- * not read.
+ * Key/value files hold one `key="value"` a line. Quotes are only needed to preserve blanks at
+ * either end of the value. A line that begins with `#` is a comment. If a key appears several
+ * times, the last one wins. Files over 1 MiB are refused. In a world-writable directory, a symbolic
+ * link or a file that belongs neither to root nor to the caller's effective user is not read.
  *
  * `flags` is reserved and must be 0.
  */

@@ -3,7 +3,8 @@
  *
  * Both functions may be called from any thread and do not throw. They stop at the first module that
  * fails, log it, and leave what they have done. modprobe.d's settings apply: an `install` or
- * `remove` command runs in place of the module, and a blacklisted module is passed over as done.
+ * `remove` command runs in place of the module, and a blacklisted module is skipped and counts as
+ * done.
  */
 #ifndef ZAMO_KM_H
 #define ZAMO_KM_H

@@ -15,7 +15,7 @@ typedef struct VLIBNetInterface {
 } VLIBNetInterface;
 
 enum {
-    /* Interfaces that are up and have an address, be it a link-local one; loopback is left out. */
+    /* Interfaces that are up and have an address (a link-local one counts), without loopback. */
     VLIB_NET_INTERFACE_CONFIGURED = 8,
 };
 

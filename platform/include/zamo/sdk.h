@@ -1,7 +1,7 @@
 /*
- * libzamosdk: directory creation, and the plug-ins that other packages hang into the system's
- * hooks. Every function may be called from any thread; a plug-in run belongs to one thread at a
- * time. None of them throws.
+ * libzamosdk: directory creation, and the plug-ins that other packages add to the system's hooks.
+ * Every function may be called from any thread, but a handle by only one thread at a time. None of
+ * them throws.
  */
 #ifndef ZAMO_SDK_H
 #define ZAMO_SDK_H
@@ -43,9 +43,11 @@ int VLIBPluginSetArg(VLIBPlugin* handle, const char* name, const char* value);
 
 /*
  * Runs the plug-ins one after another in the byte order of their names, and waits for each as long
- * as it takes. All of them run, whatever the ones before them answered. 0 when every one exited
- * with status 0, else negative; each failure is logged. A file that belongs neither to root nor to
- * the effective user, or that group or others may write to, is not run and counts as failed.
+ * as it takes. All of them run, even after a failure. 0 if every one exited with status 0, else
+ * negative; each failure is logged. They are started as VLIBCExecv() starts programs (zamo/core.h):
+ * with /dev/null as standard input and in a process group of their own. A file that belongs neither
+ * to root nor to the effective user, or that group or others may write to, is not run and counts as
+ * failed.
  */
 int VLIBPluginAction(int action, VLIBPlugin* handle);
 
