@@ -12,9 +12,9 @@
 
 namespace FW {
 
-// The conventions are those of ZAMOFW_JSON_DB. Edits of every profile are not atomic as a whole: a
-// failure leaves the profiles before it changed, and of two callers that edit the same profile at
-// once the last writer wins.
+// Results, errors, waiting times and threads are as for ZAMOFW_JSON_DB. Edits of every profile are
+// not atomic as a whole: a failure leaves the profiles before it changed. An edit fails when a
+// profile is renamed or deleted meanwhile.
 class ZAMOFW_EXPORT ZAMOFW_PROFILE : public ZAMOFW_JSON_DB {
   public:
     bool profileEnum(std::map<std::string, FWPROFILE>& profiles);
@@ -29,7 +29,7 @@ class ZAMOFW_EXPORT ZAMOFW_PROFILE : public ZAMOFW_JSON_DB {
     bool profileDelete(const std::string& name);
 
     // A trial of an edited profile `name` works on a copy named ".test_" + `name`. The three
-    // operations take the plain name; ZAMOFW::TestApplyingProfile() puts the copy into force.
+    // operations take the plain name; ZAMOFW::TestApplyingProfile() applies the copy.
 
     // Stores `profile` as the trial copy, replacing an earlier one.
     bool CreateTestProfile(std::string name, const FWPROFILE& profile);
@@ -40,9 +40,9 @@ class ZAMOFW_EXPORT ZAMOFW_PROFILE : public ZAMOFW_JSON_DB {
     // Deletes the trial copy, under the conditions of profileDelete().
     bool RemoveTestProfile(std::string name);
 
-    // Puts `service` into the reserved-service rule at the head of the adapter's list, in every
-    // profile; a new one is made when the first rule is not an enabled reserved-service rule of
-    // that policy. With `reload` the firewall is reloaded afterwards (see ZAMOFW::fwReload()).
+    // Adds `service` to the reserved-service rule at the head of the adapter's list, in every
+    // profile. When the first rule is not an enabled reserved-service rule of that policy, a new
+    // one is inserted. With `reload` the firewall is reloaded afterwards (ZAMOFW::fwReload()).
     bool profileAddServToReserve(const std::string& adapter,
                                  const std::string& service,
                                  FW_POLICY policy,

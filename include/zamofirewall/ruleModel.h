@@ -1,7 +1,7 @@
-// The records that every firewall decision is expressed in, and the codes of their fields.
+// Rules and profiles, and the codes of their fields.
 //
-// The codes are the numbers stored in the profile files. Code fields are plain 32-bit integers, so
-// that a code which this version does not know survives reading and writing a file.
+// The codes are the numbers in the profile files. Code fields are plain 32-bit integers, so that an
+// unknown code survives reading and writing a file.
 #ifndef ZAMOFIREWALL_RULEMODEL_H
 #define ZAMOFIREWALL_RULEMODEL_H
 

@@ -6,6 +6,7 @@
 #include "library/controller/commandExecution.h"
 #include "library/controller/executionLock.h"
 #include "library/controller/firewallModules.h"
+#include "library/controller/profileTranslation.h"
 #include "library/controller/switching.h"
 #include "library/logging/log.h"
 #include "library/store/settings.h"
@@ -21,12 +22,12 @@ constexpr const char* kLogModule = "zamoFW";
 //
 // The note comes before the question. A disable that stores its status after the question finds the
 // note and flushes the chains again, see disableFirewall().
-bool flushIfDisabledMeanwhile(const ExecutionLock& executionLock) {
+bool flushIfDisabledMeanwhile(const ExecutionLock& executionLock, Documents& documents) {
     executionLock.noteRebuild();
     bool enabled = true;
     try {
         // The rules are those that were asked for, so a status that cannot be read changes nothing.
-        (void)settingsStatus(enabled);
+        (void)settingsStatus(documents, enabled);
     } catch (const boost::interprocess::interprocess_exception&) {
         return true;
     }
@@ -52,8 +53,9 @@ bool ZAMOFW::fwReload(bool blEstablished) {
     if (!executionLock.lock()) {
         return false;
     }
+    Documents documents;
     bool enabled = false;
-    if (!fwStatus(enabled)) {
+    if (!settingsStatus(documents, enabled)) {
         return FW_FAILURE("Failed to check status");
     }
     if (!enabled) {
@@ -62,17 +64,17 @@ bool ZAMOFW::fwReload(bool blEstablished) {
     if (!firewallModLoad()) {
         return FW_FAILURE("Failed to firewallModLoad()");
     }
-    return behindClosedPolicies([this, blEstablished, &executionLock] {
+    return behindClosedPolicies([&, this] {
         (void)flushChains();
         std::string name;
-        if (!fwProfileConfigGet(name)) {
+        if (!settingsProfile(documents, name)) {
             return FW_FAILURE("Failed to fwProfileConfigGet()");
         }
         Json::Value list;
-        if (!fwIptablesRulesEnum(name, list, blEstablished)) {
+        if (!translateProfile(*this, documents, name, blEstablished, "", list)) {
             return FW_FAILURE("Failed to fwIptablesRulesEnum()");
         }
-        return runListOrDisable(list) && flushIfDisabledMeanwhile(executionLock);
+        return runListOrDisable(list) && flushIfDisabledMeanwhile(executionLock, documents);
     });
 }
 

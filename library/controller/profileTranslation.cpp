@@ -1,40 +1,43 @@
-// Turning a stored profile into a command list, and listing the adapters that a profile may name.
+#include "library/controller/profileTranslation.h"
 
 #include "library/logging/log.h"
 #include "library/model/names.h"
+#include "library/store/profileStore.h"
 #include "library/translate/interfaceList.h"
 #include "zamofirewall/controller.h"
-#include "zamofirewall/profileDatabase.h"
 
 namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "zamoFW";
 
-bool translate(ZAMOFW& controller,
-               const std::string& name,
-               bool established,
-               const std::string& clientIp,
-               Json::Value& out) {
+}  // namespace
+
+bool translateProfile(ZAMOFW_IPTABLES_RULES& translator,
+                      Documents& documents,
+                      const std::string& name,
+                      bool established,
+                      const std::string& clientIp,
+                      Json::Value& list) {
     FWPROFILE profile;
-    if (!ZAMOFW_JSON_DB().profileGet(name, profile)) {
+    if (!readProfile(documents, name, profile)) {
         return FW_FAILURE("Failed to profileGet(%s)", name.c_str());
     }
-    if (!controller.fwRulesToIptablesRules(
-            established, profile.rules, profile.adapterPolicyMap, out, clientIp)) {
+    if (!translator.fwRulesToIptablesRules(
+            established, profile.rules, profile.adapterPolicyMap, list, clientIp)) {
         return FW_FAILURE("Failed to fwRulesToIptablesRules()");
     }
     return true;
 }
 
-}  // namespace
-
 bool ZAMOFW::fwIptablesRulesEnum(std::string name, Json::Value& out, bool blEstablished) {
-    return translate(*this, name, blEstablished, "", out);
+    Documents documents;
+    return translateProfile(*this, documents, name, blEstablished, "", out);
 }
 
 bool ZAMOFW::fwIptablesRulesEnum(std::string name, Json::Value& out, const std::string& clientIp) {
-    return translate(*this, name, /*established=*/true, clientIp, out);
+    Documents documents;
+    return translateProfile(*this, documents, name, /*established=*/true, clientIp, out);
 }
 
 bool ZAMOFW::fwAdapterEnum(std::set<std::string>& adapters) {

@@ -6,9 +6,9 @@
 #include <memory>
 
 #include "library/logging/log.h"
+#include "library/store/profileStore.h"
 #include "library/store/serviceRules.h"
 #include "zamofirewall/controller.h"
-#include "zamofirewall/profileDatabase.h"
 
 namespace FW {
 namespace {
@@ -56,8 +56,10 @@ void repair(const ZAMOFwServiceList* catalogue, std::vector<FWRULE>& rules) {
 }  // namespace
 
 bool ZAMOFW::fwUpdate() {
-    std::map<std::string, FWPROFILE> profiles;
-    if (!ZAMOFW_JSON_DB().profileEnum(profiles)) {
+    Documents documents;
+    ProfileIndex index(documents);
+    ProfileMap profiles;
+    if (!readProfiles(index, profiles)) {
         return FW_FAILURE("Failed to enum profiles to profile list");
     }
     ZAMOFwServiceList* loaded = nullptr;
@@ -70,7 +72,7 @@ bool ZAMOFW::fwUpdate() {
         for (auto& adapter : profile.rules) {
             repair(catalogue.get(), adapter.second);
         }
-        if (!ZAMOFW_JSON_DB().profileSet(name, profile)) {
+        if (!rewriteProfile(index, name, profile)) {
             return FW_FAILURE("Failed to set profile");
         }
     }

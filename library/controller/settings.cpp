@@ -1,13 +1,13 @@
-// The controller's face of the settings document, and the choice of the profile in force.
+// The settings document's public members, and the choice of the profile in force.
 
 #include "library/store/settings.h"
 
 #include <algorithm>
 
 #include "library/logging/log.h"
-#include "library/store/jsonFile.h"
+#include "library/store/jsonText.h"
+#include "library/store/profileStore.h"
 #include "zamofirewall/controller.h"
-#include "zamofirewall/profileDatabase.h"
 
 namespace FW {
 namespace {
@@ -25,35 +25,39 @@ bool ZAMOFW::initJconfig(Json::Value& config) {
 }
 
 bool ZAMOFW::configGet(Json::Value& out) {
-    return settingsGet(out);
+    Documents documents;
+    return settingsGet(documents, out);
 }
 
 bool ZAMOFW::configSet(const Json::Value& values) {
-    return settingsSet(values);
+    Documents documents;
+    return settingsSet(documents, values);
 }
 
 bool ZAMOFW::fwStatus(bool& enabled) {
-    return settingsStatus(enabled);
+    Documents documents;
+    return settingsStatus(documents, enabled);
 }
 
 bool ZAMOFW::fwProfileConfigGet(std::string& name) {
-    return settingsProfile(name);
+    Documents documents;
+    return settingsProfile(documents, name);
 }
 
 bool ZAMOFW::fwProfileConfigSet(const std::string& name, bool reload) {
+    Documents documents;
     std::vector<std::string> names;
-    if (!ZAMOFW_JSON_DB().profileEnum(names)) {
+    if (!listProfiles(documents, names)) {
         return FW_FAILURE("Failed to profileEnum()");
     }
     if (std::find(names.begin(), names.end(), name) == names.end()) {
         return FW_FAILURE("Profile %s is not in database", name.c_str());
     }
     Json::Value settings;
-    if (!configGet(settings)) {
+    if (!settingsGet(documents, settings)) {
         return FW_FAILURE("Falied to configGet()");
     }
-    settings["profile"] = name;
-    if (!configSet(settings)) {
+    if (!settingsSetProfile(documents, name)) {
         return FW_FAILURE("Falied to configSet()");
     }
     // An object of its own: this one may hold the interfaces of an earlier operation.

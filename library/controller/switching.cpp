@@ -52,10 +52,10 @@ bool changeBetween(const Hooks& hooks, const std::function<bool()>& change) {
     return result;
 }
 
-bool storeStatus(bool enabled) {
+bool storeStatus(Documents& documents, bool enabled) {
     Json::Value values;
     values["status"] = enabled;
-    if (!settingsSet(values)) {
+    if (!settingsSet(documents, values)) {
         return FW_FAILURE("Falied to configSet()");
     }
     return true;
@@ -63,9 +63,9 @@ bool storeStatus(bool enabled) {
 
 // A reload that began while the firewall was enabled may have run most of its lines after the first
 // flush, and have asked for the status before it was stored.
-void flushAgainUnlessEnabled() {
+void flushAgainUnlessEnabled(Documents& documents) {
     bool enabled = false;
-    (void)settingsStatus(enabled);
+    (void)settingsStatus(documents, enabled);
     if (!enabled) {
         (void)flushChains();
     }
@@ -78,7 +78,8 @@ bool enableFirewall(const std::function<bool()>& reload) {
         return FW_FAILURE("Failed to firewallModLoad()");
     }
     return changeBetween(kEnableHooks, [&reload] {
-        if (!storeStatus(true)) {
+        Documents documents;
+        if (!storeStatus(documents, true)) {
             return false;
         }
         if (!reload()) {
@@ -93,11 +94,12 @@ bool disableFirewall() {
         const RebuildNote before = lastRebuild();
         (void)flushChains();
         (void)firewallModUnload();
-        if (!storeStatus(false)) {
+        Documents documents;
+        if (!storeStatus(documents, false)) {
             return false;
         }
         if (lastRebuild() != before) {
-            flushAgainUnlessEnabled();
+            flushAgainUnlessEnabled(documents);
         }
         return true;
     });

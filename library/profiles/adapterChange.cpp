@@ -1,6 +1,8 @@
 // Moving an adapter's rules and default policy to its new name.
 
 #include "library/logging/log.h"
+#include "library/store/profileStore.h"
+#include "library/store/settings.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profile.h"
 
@@ -26,12 +28,14 @@ bool moveEntry(const std::string& from, const std::string& to, std::map<std::str
 bool ZAMOFW_PROFILE::profileChangeAdapter(const std::string& oldAdapter,
                                           const std::string& newAdapter,
                                           bool reload) {
-    std::map<std::string, FWPROFILE> profiles;
-    if (!profileEnum(profiles)) {
+    Documents documents;
+    ProfileIndex index(documents);
+    ProfileMap profiles;
+    if (!readProfiles(index, profiles)) {
         return FW_FAILURE("Failed to profileEnum()");
     }
     std::string inForce;
-    if (!ZAMOFW().fwProfileConfigGet(inForce)) {
+    if (!settingsProfile(documents, inForce)) {
         return FW_FAILURE("Failed to fwProfileConfigGet()");
     }
     bool inForceChanged = false;
@@ -41,7 +45,7 @@ bool ZAMOFW_PROFILE::profileChangeAdapter(const std::string& oldAdapter,
             inForceChanged = true;
         }
         (void)moveEntry(oldAdapter, newAdapter, profile.rules);
-        if (!profileSet(name, profile)) {
+        if (!rewriteProfile(index, name, profile)) {
             return FW_FAILURE("Failed to profile set [%s]", name.c_str());
         }
     }

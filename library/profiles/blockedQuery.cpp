@@ -140,18 +140,18 @@ struct Query {
 };
 
 bool portCheck(const PortCompareST& port, Query& query, Answers& result) {
-    if (!readProfileInForce(query.inForce)) {
+    if (!query.inForce.read()) {
         return false;
     }
-    if (!query.inForce.enabled) {
+    if (!query.inForce.isEnabled()) {
         if (!query.adapter.empty()) {
             result[query.adapter] = FW_POLICY_ALLOW;
         }
         return true;
     }
-    query.matcher.setProfile(query.inForce.profile);
+    query.matcher.setProfile(query.inForce.profile());
     profilePortCheck(
-        *query.inForce.profile, parseQuery(port), query.adapter, query.matcher, result);
+        *query.inForce.profile(), parseQuery(port), query.adapter, query.matcher, result);
     replaceWorkingValues(result);
     return true;
 }

@@ -1,6 +1,9 @@
-#include "library/logging/log.h"
-#include "library/store/settings.h"
 #include "zamofirewall/profile.h"
+
+#include "library/logging/log.h"
+#include "library/profiles/profileDeletion.h"
+#include "library/store/profileStore.h"
+#include "library/store/settings.h"
 
 namespace FW {
 namespace {
@@ -37,16 +40,22 @@ bool ZAMOFW_PROFILE::profileRename(const std::string& oldName, const std::string
     return ZAMOFW_JSON_DB::profileRename(oldName, newName);
 }
 
-bool ZAMOFW_PROFILE::profileDelete(const std::string& name) {
+bool deleteUnlessInForce(Documents& documents, const std::string& name) {
     Json::Value settings;
     std::string inForce;
-    if (!settingsGetWithProfile(settings, inForce)) {
+    if (!settingsGetWithProfile(documents, settings, inForce)) {
         return FW_FAILURE("Falied to config.configGet()");
     }
     if (inForce == name) {
         return FW_FAILURE("The profile %s is used now so cannot remove", name.c_str());
     }
-    return ZAMOFW_JSON_DB::profileDelete(name);
+    ProfileIndex index(documents);
+    return deleteProfile(index, name);
+}
+
+bool ZAMOFW_PROFILE::profileDelete(const std::string& name) {
+    Documents documents;
+    return deleteUnlessInForce(documents, name);
 }
 
 }  // namespace FW

@@ -1,11 +1,10 @@
 #include "library/profiles/inForce.h"
 
-#include <string>
 #include <utility>
 
 #include "library/logging/log.h"
+#include "library/store/profileStore.h"
 #include "library/store/settings.h"
-#include "zamofirewall/profileDatabase.h"
 
 namespace FW {
 namespace {
@@ -14,22 +13,39 @@ constexpr const char* kLogModule = "zamoFW";
 
 }  // namespace
 
-bool readProfileInForce(InForce& inForce) {
-    if (!settingsStatus(inForce.enabled)) {
+bool InForce::readProfile(const std::string& name) {
+    const Json::Value* const document = findDocument(documents_, name);
+    if (document == nullptr) {
+        return false;
+    }
+    if (profile_ != nullptr && name_ == name && readings_ == documents_.readings()) {
+        return true;
+    }
+    FWPROFILE profile;
+    if (!profileOfDocument(*document, profile)) {
+        return false;
+    }
+    profile_ = std::make_shared<const FWPROFILE>(std::move(profile));
+    name_ = name;
+    readings_ = documents_.readings();
+    return true;
+}
+
+bool InForce::read() {
+    if (!settingsStatus(documents_, enabled_)) {
         return FW_FAILURE("Failed to check firewall status");
     }
-    if (!inForce.enabled) {
+    if (!enabled_) {
+        profile_ = nullptr;
         return true;
     }
     std::string name;
-    if (!settingsProfile(name)) {
+    if (!settingsProfile(documents_, name)) {
         return FW_FAILURE("Failed to fwProfileConfigGet()");
     }
-    auto profile = std::make_shared<FWPROFILE>();
-    if (!ZAMOFW_JSON_DB().profileGet(name, *profile)) {
+    if (!readProfile(name)) {
         return FW_FAILURE("Failed to profileGet(%s)", name.c_str());
     }
-    inForce.profile = std::move(profile);
     return true;
 }
 

@@ -2,21 +2,39 @@
 #ifndef LIBRARY_PROFILES_INFORCE_H
 #define LIBRARY_PROFILES_INFORCE_H
 
-#include <memory>
+#include <json/value.h>
 
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "library/store/documents.h"
 #include "zamofirewall/ruleModel.h"
 
 namespace FW {
 
-struct InForce {
-    bool enabled = false;
-    std::shared_ptr<const FWPROFILE> profile;  // set when the firewall is enabled
-};
+// A query reads the settings and the profile for every port that it asks about, and writes the log
+// lines of that each time. As long as the files have not changed, the profile stays the same
+// object.
+class InForce {
+  public:
+    // False is a failure that is logged.
+    [[nodiscard]] bool read();
 
-// Reads the settings and, when the firewall is enabled, the profile in force. A query calls it for
-// every port, and passes what the call before it found; a profile that has not changed since may
-// stay the same object, whose rules are not parsed again. False is a failure that is logged.
-[[nodiscard]] bool readProfileInForce(InForce& inForce);
+    [[nodiscard]] bool isEnabled() const { return enabled_; }
+
+    // Null unless the firewall is enabled.
+    [[nodiscard]] const std::shared_ptr<const FWPROFILE>& profile() const { return profile_; }
+
+  private:
+    [[nodiscard]] bool readProfile(const std::string& name);
+
+    Documents documents_;
+    bool enabled_ = false;
+    std::string name_;
+    std::size_t readings_ = 0;  // of the documents, when the profile was made of one of them
+    std::shared_ptr<const FWPROFILE> profile_;
+};
 
 }  // namespace FW
 

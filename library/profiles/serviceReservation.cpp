@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "library/logging/log.h"
+#include "library/store/profileStore.h"
 #include "library/store/serviceRules.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profile.h"
@@ -63,13 +64,15 @@ bool ZAMOFW_PROFILE::profileAddServToReserve(const std::string& adapter,
                                              const std::string& service,
                                              FW_POLICY policy,
                                              bool reload) {
-    std::map<std::string, FWPROFILE> profiles;
-    if (!profileEnum(profiles)) {
+    Documents documents;
+    ProfileIndex index(documents);
+    ProfileMap profiles;
+    if (!readProfiles(index, profiles)) {
         return FW_FAILURE("Failed to profileEnum()");
     }
     for (auto& [name, profile] : profiles) {
         reserve(service, policy, profile.rules[adapter]);
-        if (!profileSet(name, profile)) {
+        if (!rewriteProfile(index, name, profile)) {
             return FW_FAILURE("Failed to set profile");
         }
     }
@@ -80,8 +83,10 @@ bool ZAMOFW_PROFILE::profileAddServToReserve(const std::string& adapter,
 }
 
 bool ZAMOFW_PROFILE::profileRemoveServ(const std::string& service) {
-    std::map<std::string, FWPROFILE> profiles;
-    if (!profileEnum(profiles)) {
+    Documents documents;
+    ProfileIndex index(documents);
+    ProfileMap profiles;
+    if (!readProfiles(index, profiles)) {
         return FW_FAILURE("Failed to profileEnum()");
     }
     for (auto& [name, profile] : profiles) {
@@ -93,7 +98,7 @@ bool ZAMOFW_PROFILE::profileRemoveServ(const std::string& service) {
             }
             pruneServiceRules(adapter.second);
         }
-        if (!profileSet(name, profile)) {
+        if (!rewriteProfile(index, name, profile)) {
             return FW_FAILURE("Failed to profile set [%s]", name.c_str());
         }
     }

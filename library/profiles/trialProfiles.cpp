@@ -1,6 +1,8 @@
 // The copies of profiles that trials work on.
 
 #include "library/logging/log.h"
+#include "library/profiles/profileDeletion.h"
+#include "library/store/profileStore.h"
 #include "library/store/trialName.h"
 #include "zamofirewall/profile.h"
 
@@ -14,13 +16,14 @@ constexpr const char* kLogModule = "zamoFW";
 bool ZAMOFW_PROFILE::CreateTestProfile(std::string name, const FWPROFILE& profile) {
     FWPROFILE trial = profile;
     trial.name = trialName(name);
-    if (profileExist(trial.name) && !profileDelete(trial.name)) {
+    Documents documents;
+    if (profileExists(documents, trial.name) && !deleteUnlessInForce(documents, trial.name)) {
         return FW_FAILURE("failed to profileDelete()");
     }
-    if (!profileCreate(trial.name)) {
+    if (!createProfile(documents, trial.name)) {
         return FW_FAILURE("failed to profileCreate()");
     }
-    if (!profileSet(trial.name, trial)) {
+    if (!storeProfile(documents, trial.name, trial)) {
         return FW_FAILURE("failed to profileSet()");
     }
     return true;
@@ -28,22 +31,24 @@ bool ZAMOFW_PROFILE::CreateTestProfile(std::string name, const FWPROFILE& profil
 
 bool ZAMOFW_PROFILE::AdoptTestProfile(std::string name) {
     const std::string trial = trialName(name);
-    if (!profileExist(trial)) {
+    Documents documents;
+    if (!profileExists(documents, trial)) {
         return FW_FAILURE("profile does not exist");
     }
     FWPROFILE profile;
-    if (!profileGet(trial, profile)) {
+    if (!readProfile(documents, trial, profile)) {
         return FW_FAILURE("failed to profileGet()");
     }
     profile.name = name;
-    if (!profileSet(name, profile)) {
+    if (!storeProfile(documents, name, profile)) {
         return FW_FAILURE("failed to profileSet()");
     }
     return true;
 }
 
 bool ZAMOFW_PROFILE::RemoveTestProfile(std::string name) {
-    if (!profileDelete(trialName(name))) {
+    Documents documents;
+    if (!deleteUnlessInForce(documents, trialName(name))) {
         return FW_FAILURE("failed to profileDelete()");
     }
     return true;

@@ -3,11 +3,14 @@
 //   { "config_profiles": { "1700000000.json": profile document, ... },
 //     "config_firewall_settings": settings document, "config_version": 1 }
 
+#include <algorithm>
+
 #include "library/logging/log.h"
-#include "library/store/jsonFile.h"
-#include "library/store/profileIndex.h"
+#include "library/model/names.h"
+#include "library/store/fileName.h"
+#include "library/store/jsonText.h"
+#include "library/store/profileStore.h"
 #include "library/store/settings.h"
-#include "zamofirewall/lockedJson.h"
 #include "zamofirewall/profileDatabase.h"
 
 namespace FW {
@@ -28,14 +31,30 @@ void logUnreadable(const std::string& path, const std::string& name, bool curren
 }
 
 bool hasShapeOfExport(const Json::Value& document) {
-    return isObjectOrNull(document) && isObjectOrNull(document[kProfiles]) &&
-           isObjectOrNull(document[kSettings]);
+    return document.isObject() && (document.isMember(kProfiles) || document.isMember(kSettings)) &&
+           isObjectOrNull(document[kProfiles]) && isObjectOrNull(document[kSettings]);
 }
 
-// The keys come from a document that somebody hands in; a file name stays in the directory.
-bool storeProfile(const std::string& fileName, const Json::Value& document) {
-    return fileName.find('/') == std::string::npos &&
-           jsonFileDump(document, kProfileDirectory + fileName);
+bool hasUsableFileNames(const Json::Value& profiles) {
+    const std::vector<std::string> names = profiles.getMemberNames();
+    return std::all_of(names.begin(), names.end(), isFileName);
+}
+
+// A document may name the settings file among the profiles, from a time when it was taken for one.
+// The settings come from their own member.
+bool storeFile(Documents& documents, const std::string& fileName, const Json::Value& document) {
+    const std::string path = kProfileDirectory + fileName;
+    return path != kSettingsFile && documents.dump(document, path);
+}
+
+void deleteProfiles(Documents& documents) {
+    ProfileIndex index(documents);
+    (void)index.buildForUse();
+    for (const auto& entry : index.paths()) {
+        if (!deleteProfile(index, entry.first)) {
+            FW_LOG(LOG_ERR, "Failed to delete old profile '%s'.", entry.first.c_str());
+        }
+    }
 }
 
 }  // namespace
@@ -44,33 +63,35 @@ bool ZAMOFW_JSON_DB::exportConfig(Json::Value& out) {
     out = Json::Value(Json::objectValue);
     Json::Value& profiles = out[kProfiles] = Json::Value(Json::objectValue);
 
-    ProfileIndex index;
-    Json::Value meta;
-    if (!index.createForUse(meta)) {
+    Documents documents;
+    ProfileIndex index(documents);
+    if (!index.buildForUse()) {
         return false;
     }
     Json::Value settings;
     std::string current;
-    if (!settingsGetWithProfile(settings, current)) {
+    if (!settingsGetWithProfile(documents, settings, current)) {
         return FW_FAILURE("Falied to get firewall settings.");
     }
     out[kSettings] = settings;
     out[kVersion] = kFormatVersion;
 
     // A file that cannot be read may be the profile in force.
-    if (!meta.isMember(current) && !index.firstUnreadable().empty()) {
-        logUnreadable(index.firstUnreadable(), current, /*current=*/true);
+    const std::string unreadable = index.firstUnreadable();
+    if (index.paths().count(current) == 0 && !unreadable.empty()) {
+        logUnreadable(unreadable, current, /*current=*/true);
         return false;
     }
-    for (const std::string& name : meta.getMemberNames()) {
-        const std::string path = profilePath(meta[name]);
-        Json::Value document;
-        if (jsonFileLoad(document, path)) {
-            profiles[meta[name]["fileName"].asString() + kProfileExtension] = std::move(document);
+    for (const auto& [name, path] : index.paths()) {
+        const bool isCurrent = name == current;
+        const Json::Value* const document =
+            isCurrent ? loadDocument(documents, path, name) : documents.load(path);
+        if (document != nullptr) {
+            profiles[profileFileName(path) + kProfileExtension] = *document;
             continue;
         }
-        logUnreadable(path, name, name == current);
-        if (name == current) {
+        logUnreadable(path, name, isCurrent);
+        if (isCurrent) {
             return false;
         }
     }
@@ -78,23 +99,18 @@ bool ZAMOFW_JSON_DB::exportConfig(Json::Value& out) {
 }
 
 bool ZAMOFW_JSON_DB::importConfig(const Json::Value& document) {
-    if (!hasShapeOfExport(document)) {
+    if (!hasShapeOfExport(document) || !hasUsableFileNames(document[kProfiles])) {
         return FW_FAILURE("Falied to set firewall settings.");
     }
-    Json::Value meta;
-    (void)ProfileIndex().createForUse(meta);
-    for (const std::string& name : meta.getMemberNames()) {
-        if (!profileDelete(name)) {
-            FW_LOG(LOG_ERR, "Failed to delete old profile '%s'.", name.c_str());
-        }
-    }
+    Documents documents;
+    deleteProfiles(documents);
     const Json::Value& profiles = document[kProfiles];
     for (const std::string& fileName : profiles.getMemberNames()) {
-        if (!storeProfile(fileName, profiles[fileName])) {
+        if (!storeFile(documents, fileName, profiles[fileName])) {
             FW_LOG(LOG_ERR, "Failed to jsonFileDump [%s].", fileName.c_str());
         }
     }
-    if (!settingsSet(document[kSettings])) {
+    if (!settingsSet(documents, document[kSettings])) {
         return FW_FAILURE("Falied to set firewall settings.");
     }
     return true;

@@ -1,121 +1,89 @@
 #include "library/store/lockedFile.h"
 
 #include <fcntl.h>
-#include <libgen.h>
 #include <unistd.h>
-#include <zamo/sdk.h>
 
-#include <array>
-#include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <boost/interprocess/exceptions.hpp>
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
-#include <cstring>
 #include <thread>
 
-#include "library/logging/log.h"
+#include "library/store/lockPath.h"
 #include "posix/file.h"
 #include "zamofirewall/lockedJson.h"
 
 namespace bip = boost::interprocess;
-namespace ptime = boost::posix_time;
 
 namespace FW {
-
-// file_lock opens its file itself: through symbolic links, and so that a program started meanwhile
-// inherits the descriptor. This gives access to its descriptor member, which is private, so that a
-// lock can be made of a descriptor that was opened safely.
-template <int bip::file_lock::*member>
-struct DescriptorAccess {
-    friend int& descriptorOf(bip::file_lock& lock) { return lock.*member; }
-};
-template struct DescriptorAccess<&bip::file_lock::m_file_hnd>;
-int& descriptorOf(bip::file_lock& lock);
-
 namespace {
 
-constexpr const char* kLogModule = "utils";
-constexpr const char* kLockDirectory = "/var/lock/firewall/";
-constexpr const char* kFallbackDirectory = "/tmp/";
-constexpr unsigned kLockDirectoryMode = 0770;
-constexpr mode_t kLockFileMode = 0644;
-constexpr std::size_t kPathBufferSize = 1024;
-const ptime::time_duration kLockTimeout = ptime::microseconds(30000000);
-// Somebody may delete the lock file whenever it has just been made, but not for ever.
-constexpr int kMaxCreations = 100;
+constexpr std::chrono::seconds kLockTimeout(30);
 // A bare yield would burn the processor that the holder of the lock needs.
 constexpr std::chrono::milliseconds kRetryInterval(1);
 
-const char* lockDirectory() {
-    if (ZAMOFSMkdirP(kLockDirectory, kLockDirectoryMode) == 0 &&
-        access(kLockDirectory, W_OK | X_OK) == 0) {
-        return kLockDirectory;
-    }
-    FW_LOG(LOG_DEBUG, "Failed to create path: %s", std::strerror(errno));
-    return kFallbackDirectory;
+std::timed_mutex& turns() {
+    static std::timed_mutex mutex;
+    return mutex;
 }
 
-// Neither a planted link nor an existing file of somebody else is touched.
-void createFile(const std::string& path) {
-    const int descriptor = open(path.c_str(),
-                                O_WRONLY | O_CREAT | O_EXCL | O_TRUNC | O_CLOEXEC | O_NOFOLLOW,
-                                kLockFileMode);
-    if (descriptor >= 0) {
-        (void)close(descriptor);
+// False while another process holds a lock on the file.
+bool tryRecordLock(int file) {
+    struct flock whole = {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    if (fcntl(file, F_SETLK, &whole) == 0) {
+        return true;
     }
-}
-
-int openLockFile(const std::string& path) {
-    return open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-}
-
-bool tryUntil(bip::file_lock& lock, const ptime::ptime& deadline) {
-    while (!lock.try_lock()) {
-        if (ptime::microsec_clock::universal_time() >= deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(kRetryInterval);
+    if (errno != EAGAIN && errno != EACCES) {
+        throw bip::interprocess_exception(bip::error_info(errno));
     }
-    return true;
+    return false;
 }
 
 }  // namespace
 
 std::string getLockFile(const std::string& path) {
-    const std::string directory = lockDirectory();
-    std::array<char, kPathBufferSize> buffer = {};
-    (void)std::snprintf(buffer.data(), buffer.size(), "%s", path.c_str());
-
-    std::string lockPath = directory + basename(buffer.data()) + ".lock";
-    if (access(lockPath.c_str(), F_OK) != 0) {
-        createFile(lockPath);
-    }
+    std::string lockPath = lockPathOf(path);
+    const std::lock_guard<std::timed_mutex> turn(turns());
+    makeLockFile(lockPath);
     return lockPath;
 }
 
 bool LockedFile::lock(const std::string& dataPath) {
-    const ptime::ptime deadline = ptime::microsec_clock::universal_time() + kLockTimeout;
-    for (int creations = 1;; ++creations) {
-        const std::string lockPath = getLockFile(dataPath);
-        const int descriptor = openLockFile(lockPath);
-        if (descriptor < 0 && (errno != ENOENT || creations == kMaxCreations)) {
-            throw bip::interprocess_exception(bip::error_info(errno));
-        }
-        if (descriptor < 0) {
-            continue;
-        }
-        bip::file_lock opened;
-        descriptorOf(opened) = descriptor;
-        lock_.swap(opened);
-        if (!tryUntil(lock_, deadline)) {
-            return FW_FAILURE("Failed to get lock timeout");
-        }
-        // Whoever deletes a profile deletes its lock file too, perhaps while others wait for it.
-        if (posix::isFileAt(descriptor, lockPath)) {
+    const auto deadline = std::chrono::steady_clock::now() + kLockTimeout;
+    lockPath_ = lockPathOf(dataPath);
+    do {
+        turn_ = std::unique_lock<std::timed_mutex>(turns(), deadline);
+        if (turn_ && tryLock()) {
             return true;
         }
+        turn_ = {};
+        std::this_thread::sleep_for(kRetryInterval);
+    } while (std::chrono::steady_clock::now() < deadline);
+    turn_ = std::unique_lock<std::timed_mutex>(turns());
+    file_ = {};
+    turn_ = {};
+    return false;
+}
+
+// Whoever deletes a profile deletes its lock file too, perhaps while others wait for it. A lock on
+// a deleted file excludes nobody.
+bool LockedFile::tryLock() {
+    if (!file_ || !posix::isFileAt(file_.get(), lockPath_)) {
+        file_ = openLockFile(lockPath_);
     }
+    if (!tryRecordLock(file_.get())) {
+        return false;
+    }
+    if (!posix::isFileAt(file_.get(), lockPath_)) {
+        file_ = {};
+        return false;
+    }
+    return true;
+}
+
+void LockedFile::deleteLockFile() {
+    (void)unlink(lockPath_.c_str());
 }
 
 }  // namespace FW

@@ -1,6 +1,6 @@
 // Profile records from and to the profile document:
 //
-//   { "name": text, "adapterPolicyMap": { adapter: policy, ... } or null,
+//   { "name": string, "adapterPolicyMap": { adapter: policy, ... } or null,
 //     "rules": { adapter: [ { "enable": true, "policy": 0, ... }, ... ], ... } or null }
 
 #include <json/value.h>
@@ -8,6 +8,7 @@
 #include <iterator>
 #include <utility>
 
+#include "library/model/ruleFields.h"
 #include "zamofirewall/profileDatabase.h"
 
 namespace FW {
@@ -15,8 +16,13 @@ namespace {
 
 using RuleMap = std::map<std::string, std::vector<FWRULE>>;
 
+template <typename Field>
+Json::Value toJson(const Field& field) {
+    return field;
+}
+
 template <typename Texts>
-Json::Value textsToJson(const Texts& texts) {
+Json::Value listToJson(const Texts& texts) {
     Json::Value array(Json::arrayValue);
     for (const std::string& text : texts) {
         array.append(text);
@@ -24,30 +30,24 @@ Json::Value textsToJson(const Texts& texts) {
     return array;
 }
 
+Json::Value toJson(const std::vector<std::string>& texts) {
+    return listToJson(texts);
+}
+
+Json::Value toJson(const std::set<std::string>& texts) {
+    return listToJson(texts);
+}
+
 Json::Value ruleToJson(const FWRULE& rule, Json::Int position) {
     Json::Value json(Json::objectValue);
     json["ruleIndex"] = position;
-    json["enable"] = rule.enable;
-    json["adapterDirect"] = rule.adapterDirect;
-    json["protocol"] = rule.protocol;
-    json["policy"] = rule.policy;
-    json["blLog"] = rule.blLog;
-    json["name"] = rule.name;
-    json["table"] = rule.table;
-    json["labelList"] = textsToJson(rule.labelList);
-    json["chainList"] = textsToJson(rule.chainList);
-    json["ipType"] = rule.ipType;
-    json["ipDirect"] = rule.ipDirect;
-    json["ipGroup"] = rule.ipGroup;
-    json["ipList"] = textsToJson(rule.ipList);
-    json["portDirect"] = rule.portDirect;
-    json["portGroup"] = rule.portGroup;
-    json["portList"] = textsToJson(rule.portList);
+    forEachField(rule,
+                 [&json](const char* name, const auto& field) { json[name] = toJson(field); });
     return json;
 }
 
 // The conversions below throw Json::Exception for a member of a wrong type: the JSON library where
-// it cannot convert (a text to a number), and these two where it would see an empty list.
+// it cannot convert (a string to a number), and arrayOrNull() where it would see an empty list.
 
 const Json::Value& arrayOrNull(const Json::Value& json) {
     if (!json.isArray() && !json.isNull()) {
@@ -56,36 +56,40 @@ const Json::Value& arrayOrNull(const Json::Value& json) {
     return json;
 }
 
-std::vector<std::string> jsonToTexts(const Json::Value& json) {
-    std::vector<std::string> texts;
+void fromJson(const Json::Value& json, bool& flag) {
+    flag = json.asBool();
+}
+
+void fromJson(const Json::Value& json, std::int32_t& number) {
+    number = json.asInt();
+}
+
+void fromJson(const Json::Value& json, FW_POLICY& policy) {
+    policy = static_cast<FW_POLICY>(json.asInt());
+}
+
+void fromJson(const Json::Value& json, std::string& text) {
+    text = json.asString();
+}
+
+void fromJson(const Json::Value& json, std::vector<std::string>& texts) {
+    texts.clear();
     for (const Json::Value& text : arrayOrNull(json)) {
         texts.push_back(text.asString());
     }
-    return texts;
+}
+
+// A file can add chains to the two that every rule is installed in, but not take them away.
+void fromJson(const Json::Value& json, std::set<std::string>& chains) {
+    for (const Json::Value& chain : arrayOrNull(json)) {
+        chains.insert(chain.asString());
+    }
 }
 
 FWRULE jsonToRule(const Json::Value& json) {
     FWRULE rule;
-    rule.ruleIndex = json["ruleID"].asInt();
-    rule.enable = json["enable"].asBool();
-    rule.adapterDirect = json["adapterDirect"].asInt();
-    rule.protocol = json["protocol"].asInt();
-    rule.policy = static_cast<FW_POLICY>(json["policy"].asInt());
-    rule.blLog = json["blLog"].asBool();
-    rule.name = json["name"].asString();
-    rule.table = json["table"].asString();
-    rule.labelList = jsonToTexts(json["labelList"]);
-    // A file can add chains to the two that every rule is installed in, but not take them away.
-    for (std::string& chain : jsonToTexts(json["chainList"])) {
-        rule.chainList.insert(std::move(chain));
-    }
-    rule.ipType = json["ipType"].asInt();
-    rule.ipDirect = json["ipDirect"].asInt();
-    rule.ipGroup = json["ipGroup"].asInt();
-    rule.ipList = jsonToTexts(json["ipList"]);
-    rule.portDirect = json["portDirect"].asInt();
-    rule.portGroup = json["portGroup"].asInt();
-    rule.portList = jsonToTexts(json["portList"]);
+    fromJson(json["ruleID"], rule.ruleIndex);
+    forEachField(rule, [&json](const char* name, auto& field) { fromJson(json[name], field); });
     return rule;
 }
 
@@ -103,7 +107,7 @@ RuleMap jsonToRules(const Json::Value& json) {
 std::map<std::string, FW_POLICY> jsonToPolicies(const Json::Value& json) {
     std::map<std::string, FW_POLICY> policies;
     for (const std::string& adapter : json.getMemberNames()) {
-        policies[adapter] = static_cast<FW_POLICY>(json[adapter].asInt());
+        fromJson(json[adapter], policies[adapter]);
     }
     return policies;
 }

@@ -1,13 +1,16 @@
 #include "library/store/profileIndex.h"
 
 #include <glob.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <utility>
 
 #include "library/logging/log.h"
-#include "zamofirewall/lockedJson.h"
+#include "library/model/names.h"
+#include "library/store/fileName.h"
+#include "library/store/jsonText.h"
+#include "library/store/lockPath.h"
 
 namespace FW {
 namespace {
@@ -28,92 +31,98 @@ std::vector<std::string> jsonFiles() {
     return paths;
 }
 
-std::string baseName(const std::string& path) {
-    const std::string name = path.substr(path.rfind('/') + 1);
-    return name.substr(0, name.rfind('.'));
+// The line of the load itself is not written for a name that has no lock file.
+bool isLockable(const std::string& path) {
+    return fitsFileName(path.substr(path.rfind('/') + 1));
+}
+
+void logFailedLoad(const std::string& path) {
+    FW_LOG(LOG_ERR, "Failed to load json from %s", path.c_str());
 }
 
 }  // namespace
 
-std::optional<ProfileIndex::FileVersion> ProfileIndex::versionOf(const std::string& path) {
-    struct stat status = {};
-    if (stat(path.c_str(), &status) != 0) {
-        return std::nullopt;
+void ProfileIndex::visit(const std::string& path) {
+    LoadResult result = LoadResult::kNotParsed;
+    const Json::Value* const document = isLockable(path) ? documents_.load(path, result) : nullptr;
+    visits_.push_back({path, result});
+    if (document == nullptr) {
+        logFailedLoad(path);
+        unreadable_.push_back({path, result});
+        missesProfiles_ = missesProfiles_ || (isPassing(result) && path != kSettingsFile);
+        return;
     }
-    return FileVersion{
-        status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
+    // The settings lie in the same directory and may have any member.
+    const Json::Value* const name = path == kSettingsFile ? nullptr : nameMember(*document);
+    if (name != nullptr) {
+        paths_[name->asString()] = path;
+    }
 }
 
-bool ProfileIndex::isSame(const FileVersion& one, const FileVersion& other) {
-    const auto sameTime = [](const timespec& a, const timespec& b) {
-        return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-    };
-    return one.device == other.device && one.inode == other.inode && one.size == other.size &&
-           sameTime(one.modified, other.modified) && sameTime(one.changed, other.changed);
-}
-
-bool ProfileIndex::nameIn(const std::string& path, std::optional<std::string>& name) {
-    // Taken before the file is read, so that a change in between is not missed the next time.
-    const std::optional<FileVersion> version = versionOf(path);
-    const auto known = known_.find(path);
-    if (known != known_.end() && version && isSame(known->second.version, *version)) {
-        name = known->second.name;
-        return true;
-    }
-    Json::Value document;
-    if (!jsonFileLoad(document, path)) {
-        return false;
-    }
-    name.reset();
-    if (document.isObject() && document["name"].isString()) {
-        name = document["name"].asString();
-    }
-    if (version) {
-        known_[path] = Known{*version, name};
-    }
-    return true;
-}
-
-bool ProfileIndex::create(Json::Value& meta) {
-    firstUnreadable_.clear();
-    const std::vector<std::string> paths = jsonFiles();
-    if (paths.empty()) {
-        return FW_FAILURE("Fail to read file from %s", kProfileDirectory);
-    }
+bool ProfileIndex::look() {
+    const std::vector<std::string> files = jsonFiles();
     // Backwards, so that of two files with the same profile name the first one is kept.
-    for (auto path = paths.rbegin(); path != paths.rend(); ++path) {
-        std::optional<std::string> name;
-        if (!nameIn(*path, name)) {
-            FW_LOG(LOG_ERR, "Failed to load json from %s", path->c_str());
-            firstUnreadable_ = *path;
+    std::for_each(files.rbegin(), files.rend(), [this](const std::string& path) { visit(path); });
+    return !files.empty();
+}
+
+// Where the lock directory cannot be used, every access of a file says so.
+void ProfileIndex::repeatLines() {
+    const bool all = std::exchange(startsOver_, false) && !isLockDirectoryUsable();
+    for (const auto& [path, result] : all ? visits_ : unreadable_) {
+        if (all && access(path.c_str(), F_OK) != 0) {
             continue;
         }
-        if (name) {
-            Json::Value entry(Json::objectValue);
-            entry["fileName"] = baseName(*path);
-            meta[*name] = std::move(entry);
+        if (isLockable(path) && result != LoadResult::kVanished) {
+            if (result != LoadResult::kMissing) {
+                (void)lockDirectory();
+            }
+            (void)logLoad(result, path);
         }
+        if (result != LoadResult::kLoaded && result != LoadResult::kVanished) {
+            logFailedLoad(path);
+        }
+    }
+}
+
+bool ProfileIndex::build() {
+    if (state_ == kUnseen) {
+        state_ = look() ? kSeen : kEmpty;
+    } else {
+        repeatLines();
+    }
+    if (state_ == kEmpty) {
+        return FW_FAILURE("Fail to read file from %s", kProfileDirectory);
     }
     return true;
 }
 
-bool ProfileIndex::createForUse(Json::Value& meta) {
-    if (!create(meta)) {
+bool ProfileIndex::buildForUse() {
+    if (!build()) {
         return FW_FAILURE("Failed to create meta json from /usr/zamo/etc/firewall.d/");
     }
     return true;
 }
 
 std::string ProfileIndex::pathOf(const std::string& name) {
-    Json::Value meta;
-    if (!createForUse(meta) || !meta.isMember(name)) {
+    if (!buildForUse()) {
         return {};
     }
-    return profilePath(meta[name]);
+    const auto found = paths_.find(name);
+    return found == paths_.end() ? std::string() : found->second;
 }
 
-std::string profilePath(const Json::Value& entry) {
-    return kProfileDirectory + entry["fileName"].asString() + kProfileExtension;
+std::string ProfileIndex::firstUnreadable() const {
+    return unreadable_.empty() ? std::string() : unreadable_.back().path;
+}
+
+std::string profileFileName(const std::string& path) {
+    const std::string name = path.substr(path.rfind('/') + 1);
+    return name.substr(0, name.rfind('.'));
+}
+
+std::string profilePath(const std::string& fileName) {
+    return kProfileDirectory + fileName + kProfileExtension;
 }
 
 }  // namespace FW

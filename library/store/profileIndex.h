@@ -3,58 +3,68 @@
 #define LIBRARY_STORE_PROFILEINDEX_H
 
 #include <json/value.h>
-#include <sys/types.h>
 
-#include <ctime>
 #include <map>
-#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "library/model/names.h"
+#include "library/store/documents.h"
 
 namespace FW {
 
-// An operation on profiles builds the index several times, and looks into every file each time. An
-// object of this class serves one operation: it remembers the names in files that have not been
-// touched since it read them, so that 20 profiles are not parsed 800 times to list them.
+// An operation on profiles builds the index several times: to see whether a profile exists, to find
+// its path, to write it. An object of this class looks through the directory once; build() again
+// only repeats the lines in the log about files that cannot be read.
 class ProfileIndex {
   public:
-    // ZAMOFW_JSON_DB::profileMetaCreate(). Logs its failure.
-    [[nodiscard]] bool create(Json::Value& meta);
+    explicit ProfileIndex(Documents& documents) : documents_(documents) {}
 
-    // create() on behalf of an operation that has to report the failure as well.
-    [[nodiscard]] bool createForUse(Json::Value& meta);
+    // False when the directory holds no JSON file. Logs its failures.
+    [[nodiscard]] bool build();
 
-    // ZAMOFW_JSON_DB::profilePathGet().
+    // build() on behalf of an operation that has to report the failure as well.
+    [[nodiscard]] bool buildForUse();
+
+    // The path of the profile's file, after buildForUse(); empty when there is no such profile.
     [[nodiscard]] std::string pathOf(const std::string& name);
 
-    // The first file, in the order of their names, that the last create() could not read.
-    [[nodiscard]] const std::string& firstUnreadable() const { return firstUnreadable_; }
+    // The next build() repeats the lines about every file, as those of an object of its own.
+    void startOver() { startsOver_ = true; }
+
+    // From profile name to path. Empty before build().
+    [[nodiscard]] const std::map<std::string, std::string>& paths() const { return paths_; }
+
+    // A profile that is not in paths() may be in a file that could not be read this time.
+    [[nodiscard]] bool mayMissProfiles() const { return missesProfiles_; }
+
+    // The first file, in the order of their names, that could not be read. Empty when all could.
+    [[nodiscard]] std::string firstUnreadable() const;
+
+    [[nodiscard]] Documents& documents() const { return documents_; }
 
   private:
-    struct FileVersion {
-        dev_t device;
-        ino_t inode;
-        off_t size;
-        timespec modified;
-        timespec changed;
-    };
-    struct Known {
-        FileVersion version;
-        std::optional<std::string> name;  // none: the file is no profile
+    bool look();
+    void visit(const std::string& path);
+    void repeatLines();
+
+    struct Visit {
+        std::string path;
+        LoadResult result;
     };
 
-    static std::optional<FileVersion> versionOf(const std::string& path);
-    static bool isSame(const FileVersion& one, const FileVersion& other);
-    bool nameIn(const std::string& path, std::optional<std::string>& name);
-
-    std::map<std::string, Known> known_;
-    std::string firstUnreadable_;
+    Documents& documents_;
+    enum { kUnseen, kEmpty, kSeen } state_ = kUnseen;
+    std::map<std::string, std::string> paths_;
+    std::vector<Visit> visits_;
+    std::vector<Visit> unreadable_;
+    bool startsOver_ = false;
+    bool missesProfiles_ = false;
 };
 
-// The full path of a profile file, from its entry in the index.
-std::string profilePath(const Json::Value& entry);
+// "1700000000" for "/usr/zamo/etc/firewall.d/1700000000.json".
+[[nodiscard]] std::string profileFileName(const std::string& path);
+[[nodiscard]] std::string profilePath(const std::string& fileName);
 
 }  // namespace FW
 

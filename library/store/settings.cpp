@@ -4,8 +4,7 @@
 
 #include "library/logging/log.h"
 #include "library/model/names.h"
-#include "library/store/jsonFile.h"
-#include "zamofirewall/lockedJson.h"
+#include "library/store/jsonText.h"
 
 namespace FW {
 namespace {
@@ -14,7 +13,7 @@ constexpr const char* kLogModule = "zamoFW";
 constexpr const char* kStatus = "status";
 constexpr const char* kProfile = "profile";
 
-// An array or an object does not convert to a flag or a text.
+// An array or an object does not convert to a flag or a string.
 template <typename Convert>
 bool converted(Convert convert) {
     try {
@@ -32,43 +31,69 @@ void settingsInit(Json::Value& settings) {
     settings[kProfile] = "default";
 }
 
-bool settingsGet(Json::Value& settings) {
+bool settingsGet(Documents& documents, Json::Value& settings) {
     if (access(kSettingsFile, F_OK) != 0) {
         settings = Json::Value(Json::objectValue);
         settingsInit(settings);
         // The caller has the defaults all the same, and the next call tries again.
-        (void)jsonFileDump(settings, kSettingsFile);
+        (void)documents.dump(settings, kSettingsFile);
         return true;
     }
-    return jsonObjectLoad(settings, kSettingsFile);
+    const Json::Value* const stored = documents.load(kSettingsFile);
+    if (stored == nullptr) {
+        return false;
+    }
+    if (!isObjectOrNull(*stored)) {
+        return logLoad(LoadResult::kNotParsed, kSettingsFile);
+    }
+    settings = *stored;
+    return true;
 }
 
-bool settingsSet(const Json::Value& values) {
+bool settingsSet(Documents& documents, const Json::Value& values) {
     if (!isObjectOrNull(values)) {
         return FW_FAILURE("Falied to configSet()");
     }
     Json::Value settings;
-    if (!settingsGet(settings)) {
+    if (!settingsGet(documents, settings)) {
         return FW_FAILURE("Falied to config.configGet()");
     }
-    for (const std::string& name : values.getMemberNames()) {
-        settings[name] = values[name];
+    const auto merge = [&](LoadResult result, const Json::Value* stored) -> const Json::Value* {
+        if (stored != nullptr && isObjectOrNull(*stored)) {
+            settings = *stored;
+        } else if (result != LoadResult::kVanished) {
+            return nullptr;
+        }
+        for (const std::string& name : values.getMemberNames()) {
+            settings[name] = values[name];
+        }
+        return &settings;
+    };
+    const DumpResult result = documents.edit(merge, kSettingsFile);
+    if (result == DumpResult::kRefused) {
+        return FW_FAILURE("Falied to config.configGet()");
     }
-    return jsonFileDump(settings, kSettingsFile);
+    return result == DumpResult::kWritten;
 }
 
-bool settingsStatus(bool& enabled) {
+bool settingsSetProfile(Documents& documents, const std::string& name) {
+    Json::Value values;
+    values[kProfile] = name;
+    return settingsSet(documents, values);
+}
+
+bool settingsStatus(Documents& documents, bool& enabled) {
     Json::Value settings;
-    if (!settingsGet(settings) ||
+    if (!settingsGet(documents, settings) ||
         !converted([&] { enabled = settings.get(kStatus, false).asBool(); })) {
         return FW_FAILURE("Falied to configGet()");
     }
     return true;
 }
 
-bool settingsProfile(std::string& name) {
+bool settingsProfile(Documents& documents, std::string& name) {
     Json::Value settings;
-    if (!settingsGet(settings)) {
+    if (!settingsGet(documents, settings)) {
         return FW_FAILURE("Falied to configGet()");
     }
     if (!settings.isMember(kProfile)) {
@@ -80,8 +105,8 @@ bool settingsProfile(std::string& name) {
     return true;
 }
 
-bool settingsGetWithProfile(Json::Value& settings, std::string& profile) {
-    return settingsGet(settings) &&
+bool settingsGetWithProfile(Documents& documents, Json::Value& settings, std::string& profile) {
+    return settingsGet(documents, settings) &&
            converted([&] { profile = settings.get(kProfile, "").asString(); });
 }
 

@@ -1,7 +1,7 @@
 // The settings document: whether the firewall is enabled, and which profile is in force.
 //
-// The profile store needs it below the controller, whose public members of the same purpose hand
-// on to these functions. The conventions are those of ZAMOFW::configGet() and its kin.
+// The profile store needs it below the controller, whose public members of the same purpose forward
+// to these functions. Results and log lines are those of ZAMOFW::configGet() and its kin.
 #ifndef LIBRARY_STORE_SETTINGS_H
 #define LIBRARY_STORE_SETTINGS_H
 
@@ -9,17 +9,25 @@
 
 #include <string>
 
+#include "library/store/documents.h"
+
 namespace FW {
 
 void settingsInit(Json::Value& settings);
-[[nodiscard]] bool settingsGet(Json::Value& settings);
-[[nodiscard]] bool settingsSet(const Json::Value& values);
-[[nodiscard]] bool settingsStatus(bool& enabled);
-[[nodiscard]] bool settingsProfile(std::string& name);
+[[nodiscard]] bool settingsGet(Documents& documents, Json::Value& settings);
+// Members that another process changes meanwhile are kept, unless `values` names them.
+[[nodiscard]] bool settingsSet(Documents& documents, const Json::Value& values);
+[[nodiscard]] bool settingsStatus(Documents& documents, bool& enabled);
+[[nodiscard]] bool settingsProfile(Documents& documents, std::string& name);
 
-// The settings and the name of the profile in force, empty when they name none. Logs only what
-// settingsGet() logs; a name that is no text is a failure without a line of its own.
-[[nodiscard]] bool settingsGetWithProfile(Json::Value& settings, std::string& profile);
+// Sets the profile in force alone, as settingsSet() does.
+[[nodiscard]] bool settingsSetProfile(Documents& documents, const std::string& name);
+
+// The name of the profile in force, empty when the settings name none, and the settings. Logs only
+// what settingsGet() logs; a non-string name is a failure without a line of its own.
+[[nodiscard]] bool settingsGetWithProfile(Documents& documents,
+                                          Json::Value& settings,
+                                          std::string& profile);
 
 }  // namespace FW
 
