@@ -5,9 +5,9 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 
 #include "library/logging/log.h"
+#include "posix/groupSignal.h"
 
 namespace FW {
 namespace {
@@ -36,21 +36,40 @@ bool readLine(FILE* stream, std::string& line) {
     return true;
 }
 
+enum class Answer { kLine, kNone, kNotStarted };
+
+Answer askTool(const std::string& interface, std::string& line) {
+    const std::array<const char*, 4> arguments = {
+        kNetworkTool, "--get-ipv6-router-interface", interface.c_str(), nullptr};
+    for (int start = 1;; ++start) {
+        FILE* const stream = VLIBCPopen("r", arguments.data());
+        if (stream == nullptr) {
+            return Answer::kNotStarted;
+        }
+        const bool isRead = readLine(stream, line);
+        const int status = VLIBCPclose(stream);
+        if (isRead) {
+            return Answer::kLine;
+        }
+        if (start == posix::kMaxStarts || status < 0 || !posix::endedByParentsSignal(status)) {
+            return Answer::kNone;
+        }
+    }
+}
+
 }  // namespace
 
 std::string ipv6RouterInterface(const std::string& interface) {
-    const std::array<const char*, 4> arguments = {
-        kNetworkTool, "--get-ipv6-router-interface", interface.c_str(), nullptr};
-    const std::unique_ptr<FILE, int (*)(FILE*)> stream(VLIBCPopen("r", arguments.data()),
-                                                       VLIBCPclose);
-    if (stream == nullptr) {
-        FW_LOG(LOG_ERR, "Failed to exec zamonetdtool with VLIBCPopen().");
-        return interface;
-    }
     std::string line;
-    if (!readLine(stream.get(), line)) {
-        FW_LOG(LOG_ERR, "Failed to getline after VLIBCPopen().");
-        return interface;
+    switch (askTool(interface, line)) {
+        case Answer::kNotStarted:
+            FW_LOG(LOG_ERR, "Failed to exec zamonetdtool with VLIBCPopen().");
+            return interface;
+        case Answer::kNone:
+            FW_LOG(LOG_ERR, "Failed to getline after VLIBCPopen().");
+            return interface;
+        case Answer::kLine:
+            break;
     }
     return line.c_str();  // NOLINT(readability-redundant-string-cstr): the name ends at a NUL
 }

@@ -12,6 +12,7 @@
 
 #include "platform/base/watchedChild.h"
 #include "posix/descriptor.h"
+#include "posix/groupSignal.h"
 
 namespace zamo {
 namespace {
@@ -172,8 +173,13 @@ int waitForChild(pid_t child) {
 int runChild(const char* path, const char* const argv[], const char* const* environment) {
     ChildSetup setup;
     setup.environment = environment;
-    WatchedChild child;
-    return child.start(path, argv, setup) ? child.wait() : -1;
+    for (int start = 1;; ++start) {
+        WatchedChild child;
+        const int status = child.start(path, argv, setup) ? child.wait() : -1;
+        if (status < 0 || start == posix::kMaxStarts || !posix::endedByParentsSignal(status)) {
+            return status;
+        }
+    }
 }
 
 }  // namespace zamo

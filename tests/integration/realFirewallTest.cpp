@@ -141,12 +141,13 @@ TEST_F(RealFirewall, OpensThePoliciesBeforeASignalEndsAReload) {
     for (const useconds_t delay : {100000U, 137000U, 211000U, 283000U}) {
         (void)std::signal(SIGINT, SIG_DFL);
         const pid_t reloader = test::startProcess([] {
+            (void)setpgid(0, 0);
             while (FW::ZAMOFW().fwReload(true)) {
             }
             return 1;
         });
         (void)usleep(delay);
-        (void)kill(reloader, SIGINT);
+        (void)kill(-reloader, SIGINT);  // the whole group, as a terminal does
         EXPECT_EQ(test::waitFor(reloader), -1) << "ended by the signal";
         EXPECT_EQ(listed().find("-P INPUT DROP"), std::string::npos) << listed();
         EXPECT_EQ(listed().find("-P FORWARD DROP"), std::string::npos) << listed();
