@@ -95,7 +95,7 @@ Neighbour::Neighbour() {
     process_ = fork();
     if (process_ == 0) {
         const bool separated = unshare(CLONE_NEWNET) == 0;
-        (void)!write(ready[1], separated ? "y" : "n", 1);
+        (void)(write(ready[1], separated ? "y" : "n", 1) == 1);
         pause();
         _exit(0);
     }
@@ -135,7 +135,7 @@ std::set<int> Neighbour::answeringPorts(const std::string& source, const std::st
     if (child == 0) {
         enterNetworkOf(process_);
         for (const int port : answering(source, target, ports, seconds)) {
-            (void)!write(result[1], &port, sizeof port);
+            (void)(write(result[1], &port, sizeof port) == sizeof port);
         }
         _exit(0);
     }

@@ -122,7 +122,7 @@ TEST_F(FileLock, TakesNothingButARegularFile) {
 TEST_F(FileLock, CannotBeHeldOrBlockedByOtherUsers) {
     shell("chmod 1777 /tmp/locks");
     // The mode and the owner's number tell what the path names afterwards.
-    const auto lockedFile = [this](const std::string& plant, int exclusive) {
+    const auto lockedFile = [](const std::string& plant, int exclusive) {
         shell("cd /tmp/locks; rm -rf lock*; " + plant);
         const int fd = lock(exclusive, 0);
         EXPECT_EQ(isFree(0), exclusive == 0) << plant;

@@ -70,7 +70,7 @@ TEST(Program, GivesMinusOneUnlessItRanAndExitedWithZero) {
 TEST(Program, SeesNothingOfTheCallerButItsStandardOutputs) {
     const int result = inChild([] {
         for (int i = 0; i < 300; ++i) {
-            (void)!open("/", O_RDONLY);
+            (void)(open("/", O_RDONLY) >= 0);
         }
         FILE* other = openShell("w", "cat >/dev/null");
         sigset_t all;

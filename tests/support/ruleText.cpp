@@ -110,7 +110,7 @@ void setWord(const std::string& word, std::istream& rest, FWRULE& rule) {
 
 std::string fieldText(const Field& field, const FWRULE& rule) {
     const std::string word = wordOf(field.words, rule.*field.code);
-    const std::string code =
+    std::string code =
         word.empty() ? std::string(field.name) + "=" + std::to_string(rule.*field.code) : word;
     if (field.list == nullptr || (word == field.wordWithoutList && (rule.*field.list).empty())) {
         return code;

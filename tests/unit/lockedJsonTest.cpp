@@ -110,7 +110,7 @@ TEST_F(LockedJson, WaitsForAnotherProcessAndLeavesNoDescriptorToPrograms) {
         struct flock whole = {};
         whole.l_type = F_WRLCK;
         const bool locked = fcntl(lock, F_SETLK, &whole) == 0;
-        (void)!write(ready[1], "x", 1);
+        (void)(write(ready[1], "x", 1) == 1);
         pause();
         return locked ? 0 : 1;
     });
