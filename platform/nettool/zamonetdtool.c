@@ -39,7 +39,7 @@ static struct search {
 /* False when there is no room for what the message holds. */
 typedef bool messageHandler(const struct nlmsghdr* message);
 
-enum dumpResult { DUMP_DONE, DUMP_INTERRUPTED, DUMP_FAILED };
+enum DumpResult { DUMP_DONE, DUMP_INTERRUPTED, DUMP_FAILED };
 
 struct linkRequest {
     struct nlmsghdr header;
@@ -64,7 +64,9 @@ static const void* findAttribute(const void* attributes, size_t left, int type, 
             *size = RTA_PAYLOAD(attribute);
             return RTA_DATA(attribute);
         }
-        if (step > left) break;
+        if (step > left) {
+            break;
+        }
         left -= step;
         attribute = (const struct rtattr*)((const char*)attribute + step);
     }
@@ -76,7 +78,9 @@ static bool copyAddress(const void* attributes, size_t left, int type, uint32_t*
     size_t size = 0;
     const void* found = findAttribute(attributes, left, type, &size);
 
-    if (!found || size != sizeof *address) return false;
+    if (found == NULL || size != sizeof *address) {
+        return false;
+    }
     memcpy(address, found, sizeof *address);
     return true;
 }
@@ -88,15 +92,22 @@ static bool collectTunnel(const struct nlmsghdr* message) {
     struct tunnel tunnel = {.index = link->ifi_index};
     size_t size = 0;
 
-    if (link->ifi_type != ARPHRD_SIT || !(link->ifi_flags & IFF_UP)) return true;
-    /* The link-level address of a 6in4 tunnel is its local IPv4 address. */
-    if (!copyAddress(attributes, length, IFLA_ADDRESS, &tunnel.local) || tunnel.local == 0)
+    if (link->ifi_type != ARPHRD_SIT || !(link->ifi_flags & IFF_UP)) {
         return true;
+    }
+    /* The link-level address of a 6in4 tunnel is its local IPv4 address. */
+    if (!copyAddress(attributes, length, IFLA_ADDRESS, &tunnel.local) || tunnel.local == 0) {
+        return true;
+    }
     const char* name = findAttribute(attributes, length, IFLA_IFNAME, &size);
-    if (!name || size > sizeof tunnel.name) return true;
+    if (name == NULL || size > sizeof tunnel.name) {
+        return true;
+    }
     memcpy(tunnel.name, name, size);
 
-    if (search.tunnelCount == MAX_TUNNELS) return false;
+    if (search.tunnelCount == MAX_TUNNELS) {
+        return false;
+    }
     search.tunnels[search.tunnelCount++] = tunnel;
     return true;
 }
@@ -105,19 +116,26 @@ static bool matchAddress(const struct nlmsghdr* message) {
     const struct ifaddrmsg* header = NLMSG_DATA(message);
     uint32_t address = 0;
 
-    if (header->ifa_family != AF_INET || (int)header->ifa_index != search.interfaceIndex)
+    if (header->ifa_family != AF_INET || (int)header->ifa_index != search.interfaceIndex) {
         return true;
-    if (!copyAddress(IFA_RTA(header), IFA_PAYLOAD(message), IFA_LOCAL, &address)) return true;
+    }
+    if (!copyAddress(IFA_RTA(header), IFA_PAYLOAD(message), IFA_LOCAL, &address)) {
+        return true;
+    }
     for (size_t i = 0; i < search.tunnelCount; ++i) {
         const struct tunnel* tunnel = &search.tunnels[i];
-        if (tunnel->local != address) continue;
-        if (!search.match || tunnel->index < search.match->index) search.match = tunnel;
+        if (tunnel->local != address) {
+            continue;
+        }
+        if (search.match == NULL || tunnel->index < search.match->index) {
+            search.match = tunnel;
+        }
     }
     return true;
 }
 
 /* Hands on the messages of one part of a dump and tells whether it was the last part. */
-static enum dumpResult readPart(int fd, messageHandler* handle, bool* last) {
+static enum DumpResult readPart(int fd, messageHandler* handle, bool* last) {
     static union {
         struct nlmsghdr header;
         char bytes[PART_SIZE];
@@ -126,33 +144,47 @@ static enum dumpResult readPart(int fd, messageHandler* handle, bool* last) {
     unsigned left = (unsigned)got;
     bool interrupted = false;
 
-    if (got < 0 || (size_t)got > sizeof part) return DUMP_FAILED;
+    if (got < 0 || (size_t)got > sizeof part) {
+        return DUMP_FAILED;
+    }
     for (const struct nlmsghdr* m = &part.header; NLMSG_OK(m, left); m = NLMSG_NEXT(m, left)) {
-        if (m->nlmsg_flags & NLM_F_DUMP_INTR) interrupted = true;
-        if (m->nlmsg_type == NLMSG_ERROR) return DUMP_FAILED;
+        if (m->nlmsg_flags & NLM_F_DUMP_INTR) {
+            interrupted = true;
+        }
+        if (m->nlmsg_type == NLMSG_ERROR) {
+            return DUMP_FAILED;
+        }
         if (m->nlmsg_type == NLMSG_DONE) {
             *last = true;
             break;
         }
-        if (!handle(m)) return DUMP_FAILED;
+        if (!handle(m)) {
+            return DUMP_FAILED;
+        }
     }
     return interrupted ? DUMP_INTERRUPTED : DUMP_DONE;
 }
 
-static enum dumpResult dump(int fd, const struct nlmsghdr* request, messageHandler* handle) {
-    enum dumpResult result = DUMP_DONE;
+static enum DumpResult dump(int fd, const struct nlmsghdr* request, messageHandler* handle) {
+    enum DumpResult result = DUMP_DONE;
     bool last = false;
 
-    if (send(fd, request, request->nlmsg_len, 0) < 0) return DUMP_FAILED;
+    if (send(fd, request, request->nlmsg_len, 0) < 0) {
+        return DUMP_FAILED;
+    }
     while (!last) {
-        enum dumpResult part = readPart(fd, handle, &last);
-        if (part == DUMP_FAILED) return part;
-        if (part == DUMP_INTERRUPTED) result = part;
+        enum DumpResult part = readPart(fd, handle, &last);
+        if (part == DUMP_FAILED) {
+            return part;
+        }
+        if (part == DUMP_INTERRUPTED) {
+            result = part;
+        }
     }
     return result;
 }
 
-static enum dumpResult dumpTunnels(int fd) {
+static enum DumpResult dumpTunnels(int fd) {
     static const struct linkRequest request = {
         .header = {.nlmsg_len = sizeof request,
                    .nlmsg_type = RTM_GETLINK,
@@ -165,7 +197,7 @@ static enum dumpResult dumpTunnels(int fd) {
     return dump(fd, &request.header, collectTunnel);
 }
 
-static enum dumpResult dumpAddresses(int fd) {
+static enum DumpResult dumpAddresses(int fd) {
     static const struct addressRequest request = {
         .header = {.nlmsg_len = sizeof request,
                    .nlmsg_type = RTM_GETADDR,
@@ -176,10 +208,12 @@ static enum dumpResult dumpAddresses(int fd) {
     return dump(fd, &request.header, matchAddress);
 }
 
-static bool completeDump(int fd, enum dumpResult (*attempt)(int)) {
+static bool completeDump(int fd, enum DumpResult (*attempt)(int)) {
     for (int i = 0; i < DUMP_TRIES; ++i) {
-        enum dumpResult result = attempt(fd);
-        if (result != DUMP_INTERRUPTED) return result == DUMP_DONE;
+        enum DumpResult result = attempt(fd);
+        if (result != DUMP_INTERRUPTED) {
+            return result == DUMP_DONE;
+        }
     }
     errno = EAGAIN;
     return false;
@@ -188,9 +222,12 @@ static bool completeDump(int fd, enum dumpResult (*attempt)(int)) {
 /* 0 when there is no such interface. */
 static int findInterface(int fd, const char* name) {
     struct ifreq request = {0};
+    const size_t length = strlen(name);
 
-    if (strlen(name) >= sizeof request.ifr_name) return 0;
-    strcpy(request.ifr_name, name);
+    if (length >= sizeof request.ifr_name) {
+        return 0;
+    }
+    memcpy(request.ifr_name, name, length);
     return ioctl(fd, SIOCGIFINDEX, &request) == 0 ? request.ifr_ifindex : 0;
 }
 
@@ -198,10 +235,16 @@ static int findInterface(int fd, const char* name) {
 static bool findTunnel(const char* interface) {
     int fd = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE);
 
-    if (fd < 0) return false;
+    if (fd < 0) {
+        return false;
+    }
     search.interfaceIndex = findInterface(fd, interface);
-    if (search.interfaceIndex == 0) return true;
-    if (!completeDump(fd, dumpTunnels)) return false;
+    if (search.interfaceIndex == 0) {
+        return true;
+    }
+    if (!completeDump(fd, dumpTunnels)) {
+        return false;
+    }
     return search.tunnelCount == 0 || completeDump(fd, dumpAddresses);
 }
 
@@ -212,7 +255,9 @@ static int printName(const char* name) {
 }
 
 static int fail(int status, const char* message) {
-    if (write(STDERR_FILENO, message, strlen(message)) < 0) return EXIT_FAULT;
+    if (write(STDERR_FILENO, message, strlen(message)) < 0) {
+        return EXIT_FAULT;
+    }
     return status;
 }
 
@@ -223,5 +268,5 @@ int main(int argc, char* argv[]) {
     if (!findTunnel(argv[2])) {
         return fail(EXIT_FAULT, "zamonetdtool: the kernel does not tell its interfaces\n");
     }
-    return printName(search.match ? search.match->name : argv[2]);
+    return printName(search.match != NULL ? search.match->name : argv[2]);
 }
