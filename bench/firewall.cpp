@@ -65,6 +65,7 @@ void reload() {
 
 bool startPlainly(const std::vector<std::string>& arguments, bool read) {
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) {
         argv.push_back(const_cast<char*>(argument.c_str()));
     }

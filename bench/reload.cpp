@@ -41,7 +41,7 @@ void compare(int rules, int lines, int rounds) {
     bench::Samples wall[2];
     bench::Samples processor[2];
     for (int turn = 0; turn < 2 * rounds; ++turn) {
-        const int side = turn % 4 == 1 || turn % 4 == 2;
+        const int side = turn % 4 == 1 || turn % 4 == 2 ? 1 : 0;
         const bench::Cost cost = bench::costOf(side == 0 ? bench::reload : startAll);
         wall[side].push_back(cost.wall);
         processor[side].push_back(cost.processor);
