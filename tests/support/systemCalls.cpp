@@ -12,53 +12,69 @@
 namespace test {
 namespace {
 
-SystemCalls* current = nullptr;
+constexpr const char* kSync = "fsync()";
+
+bool inForce = false;
+std::string plannedPath;
+int callsLeft = 0;
+std::function<void()> plannedAction;
 std::atomic<long> slept = 0;
 long taken = 0;
 
-template <typename Function>
-Function* real(Function*, const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+void beforeCall(const char* path) {
+    if (inForce && path == plannedPath && --callsLeft == 0) {
+        std::exchange(plannedAction, nullptr)();
+    }
 }
 
 }  // namespace
 
 SystemCalls::SystemCalls() {
     (void)takeSleep();
-    current = this;
+    inForce = true;
 }
 
-SystemCalls::~SystemCalls() { current = nullptr; }
+SystemCalls::~SystemCalls() {
+    inForce = false;
+    callsLeft = 0;
+}
+
+void SystemCalls::beforeAccess(const std::string& path, int number, std::function<void()> action) {
+    plannedPath = path;
+    callsLeft = number;
+    plannedAction = std::move(action);
+}
+
+void SystemCalls::beforeSync(std::function<void()> action) {
+    beforeAccess(kSync, 1, std::move(action));
+}
 
 long SystemCalls::takeSleep() { return slept - std::exchange(taken, slept); }
 
 }  // namespace test
 
 ZAMO_EXPORT int nanosleep(const timespec* duration, timespec* remaining) {
-    static auto* const call = test::real(nanosleep, "nanosleep");
-    test::slept += test::current != nullptr ? 1 : 0;
-    return test::current != nullptr ? 0 : call(duration, remaining);
+    static auto* const real = reinterpret_cast<decltype(&nanosleep)>(dlsym(RTLD_NEXT, "nanosleep"));
+    test::slept += test::inForce ? 1 : 0;
+    return test::inForce ? 0 : real(duration, remaining);
 }
 
 ZAMO_EXPORT int clock_gettime(clockid_t clock, timespec* now) noexcept {
-    static auto* const call = test::real(clock_gettime, "clock_gettime");
-    const int result = call(clock, now);
+    static auto* const real =
+        reinterpret_cast<decltype(&clock_gettime)>(dlsym(RTLD_NEXT, "clock_gettime"));
+    const int result = real(clock, now);
     now->tv_sec += test::slept;
     return result;
 }
 
 ZAMO_EXPORT int access(const char* path, int mode) noexcept {
-    static auto* const call = test::real(access, "access");
-    if (test::current != nullptr && test::current->onAccess) {
-        test::current->onAccess(path);
-    }
-    return call(path, mode);
+    static auto* const real = reinterpret_cast<decltype(&access)>(dlsym(RTLD_NEXT, "access"));
+    test::beforeCall(path);
+    return real(path, mode);
 }
 
 ZAMO_EXPORT int fsync(int file) {
-    static auto* const call = test::real(fsync, "fsync");
-    if (test::current != nullptr && test::current->onSync) {
-        test::current->onSync();
-    }
-    return call(file);
+    static auto* const real = reinterpret_cast<decltype(&fsync)>(dlsym(RTLD_NEXT, "fsync"));
+    test::beforeCall(test::kSync);
+    return real(file);
 }

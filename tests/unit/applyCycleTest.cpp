@@ -1,20 +1,18 @@
-// What happens to a reload from outside while it is under way, and the overloads of the
-// translation.
+// Running command lines, and what happens to a reload from outside while it is
+// under way.
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <boost/algorithm/string/replace.hpp>
 #include <csignal>
-#include <cstdlib>
 #include <functional>
 #include <future>
-#include <sstream>
+#include <regex>
+#include <set>
 #include <stdexcept>
-#include <thread>
 
 #include "tests/support/fakePlatform.h"
-#include "tests/support/store.h"
-#include "tests/support/systemLog.h"
+#include "tests/support/session.h"
 #include "zamofirewall/controller.h"
 
 namespace {
@@ -23,126 +21,137 @@ using FW::ZAMOFW;
 using test::platform;
 using Lines = std::vector<std::string>;
 
-// What the commands would make of the kernel's filter.
-struct Kernel {
-    std::map<std::string, int> rules;  // "/sbin/iptables INPUT_FIREWALL" -> number
-    std::map<std::string, std::string> policies;
-
-    void run(const std::string& command) {
-        std::istringstream words(command);
-        std::string program;
-        std::string verb;
-        std::string chain;
-        words >> program >> verb;
-        if (verb == "-t") {
-            words >> chain >> verb;
-        }
-        words >> chain;
-        if (verb == "--policy") {
-            words >> policies[program + " " + chain];
-        } else if (verb == "-F") {
-            rules[program + " " + chain] = 0;
-        } else if (verb == "-A" || verb == "-D") {
-            rules[program + " " + chain] += verb == "-A" ? 1 : -1;
-        }
-    }
-    bool isClosed() const {
-        return std::any_of(policies.begin(), policies.end(),
-                           [](const auto& policy) { return policy.second == "DROP"; });
-    }
-    bool hasRules() const {
-        return std::any_of(rules.begin(), rules.end(),
-                           [](const auto& chain) { return chain.second != 0; });
-    }
-};
-
 class ApplyCycle : public testing::Test {
   protected:
     ApplyCycle() { reset(); }
 
-    // An enabled firewall with one rule, and nothing in the kernel yet.
+    // An enabled firewall with one rule and loaded modules, and nothing in the
+    // kernel yet.
     void reset() {
-        test::clearFiles();
-        test::clearPlatform();
-        test::writeModuleList();
-        test::writeSettings(true, "home");
-        FW::FWPROFILE profile;
-        profile.name = "home";
-        profile.rules["eth0"] = {test::portRule(FW::FW_POLICY_ALLOW, {"22"})};
-        profile.adapterPolicyMap["eth0"] = FW::FW_POLICY_DENY;
-        test::writeProfile("1.json", profile);
-        kernel_ = Kernel();
-        platform().onEvent = [this](const std::string& event) { kernel_.run(event); };
+        session_.run(
+            "anew eth0; settings {\"status\": true, \"profile\": \"home\"};"
+            " profile 1 home eth0=deny, eth0 allow ports 22;"
+            " file /tmp/iptables_serv_mod_list firewall=\"yes\"");
+        closedChains_.clear();
+        filledChains_.clear();
+        platform().onEvent = [this](const std::string& event) { runInKernel(event); };
     }
 
-    Kernel kernel_;
-    test::SystemLog log_;
+    // What the command would make of the kernel's filter.
+    void runInKernel(const std::string& command) {
+        static const std::regex form("(\\S+)(?: -t \\S+)? (-A|-D|-F|--policy) (\\S+) ?(\\S*).*");
+        std::smatch part;
+        if (!std::regex_match(command, part, form)) {
+            return;
+        }
+        const std::string chain = part[1].str() + " " + part[3].str();
+        std::set<std::string>& chains = part[2] == "--policy" ? closedChains_ : filledChains_;
+        if (part[2] == "-A" || part[4] == "DROP") {
+            chains.insert(chain);
+        } else {
+            chains.erase(chain);
+        }
+    }
+
+    test::Session session_;
+    std::set<std::string> closedChains_;
+    std::set<std::string> filledChains_;
 };
 
-constexpr int kDeferred[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
-volatile std::sig_atomic_t eventsAtDelivery = 0;
-
-void noteDelivery(int) {
-    eventsAtDelivery = static_cast<std::sig_atomic_t>(platform().events.size());
+std::string words(std::size_t count) {
+    return boost::replace_all_copy(std::string(count, '.'), ".", "a ");
 }
 
-bool isBlocked(int signal) {
-    sigset_t mask = {};
-    return pthread_sigmask(SIG_BLOCK, nullptr, &mask) == 0 && sigismember(&mask, signal) == 1;
+TEST_F(ApplyCycle, TakesLinesUpToTheirLimits) {
+    const std::string tooMany = "false ! zamoFW: #Arguments exceeds limit";
+    const std::string tooLong = "false ! zamoFW: cmd is empty or arguments exceeding limit";
+    const std::string ran = "true > ";
+    const std::pair<std::string, std::string> rows[] = {
+        {" /bin/x   -F  y", ran + "/bin/x -F y"},
+        {"   ", tooLong},
+        // At most 255 words. The limit is checked at the empty word between two
+        // blanks too.
+        {words(255), ran + words(254) + "a"},
+        {words(256), tooMany},
+        {words(255) + "  ", tooMany},
+        // At most 1,024 bytes with the NUL of each word, of which none begins
+        // after the 1,022nd.
+        {std::string(1023, 'w'), ran + std::string(1023, 'w')},
+        {std::string(1024, 'w'), tooLong},
+        {std::string(1021, 'w') + " x", ran + std::string(1021, 'w') + " x"},
+        {std::string(1021, 'w') + " xx", tooLong},
+        {std::string(1022, 'w') + " x", tooMany},
+        {std::string(1022, 'w') + "  ", tooMany},
+    };
+    for (const auto& [line, outcome] : rows) {
+        const std::string result = ZAMOFW().cmdExec(line) ? "true " : "false ";
+        EXPECT_EQ(result + session_.run("fail"), outcome) << line;
+    }
 }
+
+TEST_F(ApplyCycle, GoesOnWhenAChainCannotBeFlushed) {
+    EXPECT_EQ(session_.run("fail iptables -F; fwReload false"),
+              "true > lock > close > flush > 2 questions > 20 rules > open > unlock"
+              " ! failed \"/sbin/iptables -F INPUT_FIREWALL\""
+              " ! failed \"/sbin/iptables -F FORWARD_FIREWALL\"");
+}
+
+std::map<int, std::size_t> eventsAtDelivery;
+
+void noteDelivery(int signal) { eventsAtDelivery[signal] = platform().events.size(); }
 
 TEST_F(ApplyCycle, HoldsSignalsBackUntilThePoliciesAreOpen) {
-    for (const int signal : kDeferred) {
-        for (const bool throws : {false, true}) {
-            SCOPED_TRACE(std::to_string(signal) + (throws ? " with an exception" : ""));
-            reset();
-            eventsAtDelivery = 0;
-            auto* const previous = std::signal(signal, noteDelivery);
-            platform().onEvent = [&](const std::string& event) {
-                kernel_.run(event);
-                if (kernel_.isClosed()) {
-                    (void)std::raise(signal);
-                }
-                if (throws && event.find("--dport 22") != std::string::npos) {
-                    throw std::runtime_error("in the middle");
-                }
-            };
-            if (throws) {
-                EXPECT_THROW(ZAMOFW().fwReload(true), std::runtime_error);
-            } else {
-                EXPECT_TRUE(ZAMOFW().fwReload(true));
+    const int deferred[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+    for (const bool throws : {false, true}) {
+        reset();
+        // The handler must not allocate.
+        eventsAtDelivery = {{SIGHUP, 0}, {SIGINT, 0}, {SIGQUIT, 0}, {SIGTERM, 0}};
+        for (const int signal : deferred) {
+            (void)std::signal(signal, noteDelivery);
+        }
+        platform().onEvent = [&](const std::string& event) {
+            runInKernel(event);
+            for (const int signal : deferred) {
+                (void)(closedChains_.empty() ? 0 : std::raise(signal));
             }
-            (void)std::signal(signal, previous);
-
-            ASSERT_GT(eventsAtDelivery, 0);
-            EXPECT_EQ(platform().events[static_cast<std::size_t>(eventsAtDelivery) - 1],
-                      "/sbin/ip6tables -D FIREWALL_RELOADING -m state --state ESTABLISHED,RELATED "
+            if (throws && event.find("--dport 22") != std::string::npos) {
+                throw std::runtime_error("in the middle");
+            }
+        };
+        if (throws) {
+            EXPECT_THROW(ZAMOFW().fwReload(true), std::runtime_error);
+        } else {
+            EXPECT_TRUE(ZAMOFW().fwReload(true));
+        }
+        for (const int signal : deferred) {
+            (void)std::signal(signal, SIG_DFL);
+            ASSERT_GT(eventsAtDelivery[signal], 0U) << signal << throws;
+            EXPECT_EQ(platform().events[eventsAtDelivery[signal] - 1],
+                      "/sbin/ip6tables -D FIREWALL_RELOADING -m state --state "
+                      "ESTABLISHED,RELATED "
                       "-j ACCEPT");
-            for (const int each : kDeferred) {
-                EXPECT_FALSE(isBlocked(each)) << each;
-            }
         }
     }
 }
 
-// An operation in a thread of its own, which pauses before one of its events. Only one operation
-// runs at a time.
+// An operation in a thread of its own, which pauses before one of its events.
+// Only one operation runs at a time.
 class Paused {
   public:
-    Paused(std::function<bool()> operation, std::size_t pauseBefore) : left_(pauseBefore) {
-        thread_ = std::thread([this, operation = std::move(operation)] {
+    Paused(const std::function<bool()>& operation, std::size_t pauseBefore) : left_(pauseBefore) {
+        succeeded_ = std::async(std::launch::async, [this, operation] {
             current = this;
-            succeeded_ = operation();
+            const bool succeeded = operation();
             if (!isPaused_) {
                 paused_.set_value();
             }
+            return succeeded;
         });
         paused_.get_future().wait();
     }
     bool finish() {
         resume_.set_value();
-        thread_.join();
-        return succeeded_;
+        return succeeded_.get();
     }
     static void atEvent() {
         if (current != nullptr && current->left_-- == 0) {
@@ -156,15 +165,15 @@ class Paused {
     static thread_local Paused* current;
     std::size_t left_;
     bool isPaused_ = false;
-    bool succeeded_ = false;
     std::promise<void> paused_;
     std::promise<void> resume_;
-    std::thread thread_;
+    std::future<bool> succeeded_;
 };
 thread_local Paused* Paused::current = nullptr;
 
-// The reload runs up to one of its events, a disable beside it up to one of its own; then they go
-// on, one after the other. This includes either of them running whole inside the other.
+// The reload runs up to one of its events, a disable beside it up to one of its
+// own; then they go on, one after the other. This includes either of them
+// running whole inside the other.
 TEST_F(ApplyCycle, EndsWithEmptyChainsWhereverADisableMeetsAReload) {
     const std::function<bool()> reload = [] { return ZAMOFW().fwReload(true); };
     const std::function<bool()> disable = [] { return ZAMOFW().fwDisable(); };
@@ -180,47 +189,22 @@ TEST_F(ApplyCycle, EndsWithEmptyChainsWhereverADisableMeetsAReload) {
                 SCOPED_TRACE(std::to_string(i) + " and " + std::to_string(j) +
                              (reloadFirst ? ", reload first" : ", disable first"));
                 reset();
-                test::writeFile("/tmp/iptables_serv_mod_list", "firewall=\"yes\"\n");
                 platform().onEvent = [this](const std::string& event) {
                     Paused::atEvent();
-                    kernel_.run(event);
+                    runInKernel(event);
                 };
                 Paused first(reloadFirst ? reload : disable, reloadFirst ? i : j);
                 Paused second(reloadFirst ? disable : reload, reloadFirst ? j : i);
                 EXPECT_TRUE(first.finish());
                 EXPECT_TRUE(second.finish());
 
-                bool enabled = true;
-                EXPECT_TRUE(ZAMOFW().fwStatus(enabled));
-                EXPECT_FALSE(enabled);
-                EXPECT_FALSE(kernel_.isClosed());
-                ASSERT_FALSE(kernel_.hasRules());
+                platform().events.clear();
+                EXPECT_EQ(session_.run("fwStatus"), "true false");
+                EXPECT_EQ(closedChains_, std::set<std::string>());
+                ASSERT_EQ(filledChains_, std::set<std::string>());
             }
         }
     }
-    EXPECT_EQ(log_.take(), Lines{});
-}
-
-TEST_F(ApplyCycle, TakesEveryKindOfTextAsAClientAndOnlyABoolAsTheFlag) {
-    const auto listFor = [](auto argument) {
-        Json::Value list;
-        EXPECT_TRUE(ZAMOFW().fwIptablesRulesEnum("home", list, argument));
-        return list;
-    };
-    (void)setenv("CLIENT", "10.0.0.9", 1);
-    const Json::Value forClient = listFor(std::string("10.0.0.9"));
-    const Json::Value forNobody = listFor(std::string());
-    EXPECT_NE(forClient, forNobody);
-    EXPECT_EQ(listFor(std::getenv("CLIENT")), forClient);
-    EXPECT_EQ(listFor("10.0.0.9"), forClient);
-    EXPECT_EQ(listFor(std::getenv("NO_SUCH_VARIABLE")), forNobody);
-    EXPECT_EQ(listFor(true), forNobody);
-    EXPECT_NE(listFor(false), forNobody);
-
-    // Not through a parameter, which would turn the array into a pointer.
-    Json::Value list;
-    EXPECT_TRUE(ZAMOFW().fwIptablesRulesEnum("home", list, "10.0.0.9"));
-    EXPECT_EQ(list, forClient);
 }
 
 }  // namespace

@@ -1,12 +1,16 @@
-// Files that cannot be used just now: locked by another process, or no descriptor is left.
+// What other processes and threads do to the files in the middle of an
+// operation, and files that cannot be opened just now.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
+#include <future>
 #include <memory>
 
 #include "tests/support/processes.h"
@@ -25,80 +29,155 @@ constexpr long kLockSeconds = 30;
 const std::string kFirst = std::string(test::kStore) + "1.json";
 const std::string kSecond = std::string(test::kStore) + "2.json";
 
-FW::FWPROFILE named(const std::string& name) {
+FW::FWPROFILE named(const std::string& name, std::size_t rules = 0) {
     FW::FWPROFILE profile;
     profile.name = name;
+    profile.rules["eth0"].resize(rules);
     return profile;
 }
 
-// A process that holds the lock of a data file.
+// A process that holds the lock of a data file until it is killed.
 class Holder {
   public:
     explicit Holder(const std::string& path) {
-        int ready[2];
-        EXPECT_EQ(pipe(ready), 0);
-        process_ = test::startProcess([&] {
-            const int lock = open(FW::getLockFile(path).c_str(), O_RDWR);
-            struct flock whole = {};
-            whole.l_type = F_WRLCK;
-            const bool locked = fcntl(lock, F_SETLK, &whole) == 0;
-            (void)!write(ready[1], locked ? "y" : "n", 1);
-            pause();
-            return 0;
+        const std::string lock = FW::getLockFile(path);
+        process_ = test::startProcess([&lock] {
+            const int file = open(lock.c_str(), O_RDWR);
+            return lockf(file, F_TLOCK, 0) == 0 ? raise(SIGSTOP) : 1;
         });
-        char answer = 0;
-        EXPECT_EQ(read(ready[0], &answer, 1), 1);
-        EXPECT_EQ(answer, 'y');
-        close(ready[0]);
-        close(ready[1]);
+        int status = 0;
+        EXPECT_EQ(waitpid(process_, &status, WUNTRACED), process_);
+        EXPECT_TRUE(WIFSTOPPED(status));
     }
     ~Holder() {
         kill(process_, SIGKILL);
         EXPECT_EQ(test::waitFor(process_), -1);
     }
-    Holder(const Holder&) = delete;
-    Holder& operator=(const Holder&) = delete;
 
   private:
     pid_t process_;
 };
 
-class BusyFiles : public testing::Test {
+class SharedFiles : public testing::Test {
   protected:
-    BusyFiles() {
+    SharedFiles() {
         test::clearFiles();
         test::writeProfile("1.json", named("home"));
         test::writeProfile("2.json", named("office"));
         test::writeSettings(false, "office");
     }
 
-    // What every look through the directory says about the locked file.
-    Lines timeouts(std::size_t looks) {
+    // Names in the files, "" for what is no profile.
+    static Lines storedNames() {
+        Lines names;
+        for (const std::string& file : test::namesIn(test::kStore)) {
+            names.push_back(test::json(test::readFile(test::kStore + file))["name"].asString());
+        }
+        return names;
+    }
+
+    FW::ZAMOFW_PROFILE profiles_;
+};
+
+// Creates, changes, reads and deletes profiles: one of its own, one that all share, and one that
+// all create and delete. False when anything goes wrong.
+bool useProfiles(const std::string& own) {
+    constexpr std::size_t kRules = 20;
+    FW::ZAMOFW_JSON_DB database;
+    const auto set = [&](const std::string& name) {
+        return database.profileSet(name, named(name, kRules));
+    };
+    const auto rulesOf = [&](const std::string& name) {
+        FW::FWPROFILE profile;
+        return database.profileGet(name, profile) ? profile.rules["eth0"].size() : 0;
+    };
+    bool done = true;
+    for (int round = 0; round < 15 && done; ++round) {
+        (void)database.profileCreate("fleeting");
+        done = database.profileCreate(own) && set(own) && set("fleeting") && set("shared") &&
+               rulesOf(own) == kRules && rulesOf("shared") == kRules &&
+               rulesOf("fleeting") % kRules == 0 && database.profileDelete("fleeting") &&
+               database.profileDelete(own) && !database.profileExist(own);
+    }
+    return done;
+}
+
+TEST_F(SharedFiles, StayWholeAmongProcessesAndThreadsThatLeaveNothingBehind) {
+    ASSERT_TRUE(profiles_.profileCreate("shared"));
+    const pid_t first = test::startProcess([] { return useProfiles("a") ? 0 : 1; });
+    const pid_t second = test::startProcess([] { return useProfiles("b") ? 0 : 1; });
+    auto thread = std::async(std::launch::async, useProfiles, "c");
+    EXPECT_TRUE(useProfiles("d"));
+    EXPECT_TRUE(thread.get());
+    EXPECT_EQ(test::waitFor(first), 0);
+    EXPECT_EQ(test::waitFor(second), 0);
+
+    while (profiles_.profileExist("fleeting")) {
+        ASSERT_TRUE(profiles_.profileDelete("fleeting"));
+    }
+    Lines names = storedNames();
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (Lines{"", "home", "office", "shared"}));
+    EXPECT_EQ(test::namesIn(kLocks).size(), names.size());
+}
+
+class BusyFiles : public SharedFiles {
+  protected:
+    // What every look through the directory says about the locked file, and more.
+    static Lines timeouts(std::size_t looks, const Lines& more = {}) {
         Lines lines;
         for (std::size_t i = 0; i < looks; ++i) {
             lines.push_back("utils: Failed to get lock timeout");
             lines.push_back("fwDB: Failed to load json from " + kFirst);
         }
+        lines.insert(lines.end(), more.begin(), more.end());
         return lines;
     }
 
-    FW::ZAMOFW_PROFILE profiles_;
     test::SystemLog log_;
     test::SystemCalls calls_;
 };
 
+TEST_F(BusyFiles, KeepAStatusThatIsStoredDuringARenameOrAChoice) {
+    calls_.beforeSync([] { test::writeSettings(true, "office"); });
+    EXPECT_TRUE(profiles_.profileRename("office", "cabin"));
+    EXPECT_EQ(test::json(test::readFile(test::kSettings)),
+              test::json("{'profile': 'cabin', 'status': true}"));
+
+    // Between the first look at the settings and the second.
+    test::writeSettings(false, "cabin");
+    calls_.beforeAccess(test::kSettings, 3, [] { test::writeSettings(true, "cabin"); });
+    EXPECT_TRUE(FW::ZAMOFW().fwProfileConfigSet("home", /*reload=*/false));
+    EXPECT_EQ(test::json(test::readFile(test::kSettings)),
+              test::json("{'profile': 'home', 'status': true}"));
+}
+
+TEST_F(BusyFiles, KeepAProfileThatWasRenamedAfterTheLookup) {
+    const auto rename = [] { test::writeProfile("1.json", named("cabin")); };
+    // Once the index is made.
+    calls_.beforeAccess(kFirst, 2, rename);
+    FW::FWPROFILE profile;
+    EXPECT_FALSE(profiles_.profileGet("home", profile));
+    test::writeProfile("1.json", named("home"));
+    calls_.beforeAccess(kFirst, 2, rename);
+    EXPECT_FALSE(profiles_.profileRemoveServ("ssh"));
+    EXPECT_EQ(storedNames(), (Lines{"cabin", "office", ""}));
+
+    // Between reading all of them and writing the second.
+    calls_.beforeSync([] { test::writeProfile("2.json", named("desk")); });
+    EXPECT_FALSE(profiles_.profileRemoveServ("ssh"));
+    EXPECT_EQ(storedNames(), (Lines{"cabin", "desk", ""}));
+}
+
 TEST_F(BusyFiles, AreNotTakenForMissingProfiles) {
-    const Lines before = test::namesIn(test::kStore);
     const Holder holder(kFirst);
     EXPECT_FALSE(profiles_.profileSet("home", named("home")));
-    EXPECT_EQ(log_.take(),
-              (Lines{timeouts(1)[0], timeouts(1)[1], "fwDB: Failed to profileDbDump()"}));
+    EXPECT_EQ(log_.take(), timeouts(1, {"fwDB: Failed to profileDbDump()"}));
     EXPECT_FALSE(profiles_.profileCreate("new"));
     EXPECT_FALSE(profiles_.profileDbDump("home", test::json("{'name': 'home'}")));
     EXPECT_FALSE(profiles_.profileRename("office", "home"));
     EXPECT_TRUE(profiles_.profileSet("office", named("office")));
-    EXPECT_EQ(test::namesIn(test::kStore), before);
-    EXPECT_EQ(test::json(test::readFile(kSecond))["name"], "office");
+    EXPECT_EQ(storedNames(), (Lines{"home", "office", ""}));
 }
 
 TEST_F(BusyFiles, AreWaitedForOncePerOperation) {
@@ -115,87 +194,63 @@ TEST_F(BusyFiles, AreWaitedForOncePerOperation) {
 
     // The copy may be in the locked file.
     EXPECT_FALSE(profiles_.CreateTestProfile("office", profile));
-    Lines lines = timeouts(3);
-    lines.insert(lines.end(), {"fwDB: Failed to profileDbDump()", "fwDB: Failed to profileSet",
-                               "zamoFW: failed to profileCreate()"});
-    EXPECT_EQ(log_.take(), lines);
+    EXPECT_EQ(log_.take(),
+              timeouts(3, {"fwDB: Failed to profileDbDump()", "fwDB: Failed to profileSet",
+                           "zamoFW: failed to profileCreate()"}));
     EXPECT_LE(calls_.takeSleep(), kLockSeconds);
 }
 
-// What happens before the given use of a lock, the first one being number 1.
-void beforeLock(test::SystemCalls& calls, int number, const std::function<void()>& action) {
-    calls.onAccess = [&calls, number, action, used = 0](const std::string& path) mutable {
-        if (path == "/var/lock/firewall/" && ++used == number) {
-            calls.onAccess = nullptr;
-            action();
-        }
-    };
-}
-
-TEST_F(BusyFiles, AreDeletedWithoutTheLockThatAnotherProcessHolds) {
+TEST_F(BusyFiles, LoseTheirLockFileWithThemUnlessAnotherProcessHoldsIt) {
     std::unique_ptr<Holder> holder;
     // After the three files have been looked into.
-    beforeLock(calls_, 4, [&] { holder = std::make_unique<Holder>(kFirst); });
-    EXPECT_TRUE(FW::ZAMOFW_JSON_DB().profileDbRemove("home"));
+    calls_.beforeAccess("/var/lock/firewall/", 4,
+                        [&] { holder = std::make_unique<Holder>(kFirst); });
+    FW::ZAMOFW_JSON_DB database;
+    EXPECT_TRUE(database.profileDbRemove("home"));
     EXPECT_EQ(calls_.takeSleep(), kLockSeconds);
     EXPECT_FALSE(test::exists(kFirst));
-    EXPECT_EQ(test::namesIn(kLocks),
-              (Lines{"1.json.lock", "2.json.lock", "firewall_settings.json.lock"}));
+    EXPECT_TRUE(database.profileDbRemove("nobody"));
+    EXPECT_TRUE(database.profileDbRemove("office"));
     EXPECT_EQ(log_.take(), Lines{});
-}
-
-TEST_F(BusyFiles, LeaveNoLockFileWhenTheyAreGone) {
-    EXPECT_TRUE(FW::ZAMOFW_JSON_DB().profileDbRemove("nobody"));
-    EXPECT_TRUE(FW::ZAMOFW_JSON_DB().profileDbRemove("office"));
-    const Lines locks = {"1.json.lock", "firewall_settings.json.lock"};
-    EXPECT_EQ(test::namesIn(kLocks), locks);
 
     Json::Value value;
-    const std::string path = std::string(test::kStore) + "9.json";
-    test::writeFile(path, "{}");
-    beforeLock(calls_, 1, [&] { unlink(path.c_str()); });
-    EXPECT_FALSE(FW::jsonFileLoad(value, path));
-    EXPECT_EQ(log_.take(), Lines{"utils: Failed to open json file " + path});
-    EXPECT_FALSE(FW::jsonFileDump(value, path + "/no/directory.json"));
-    EXPECT_EQ(test::namesIn(kLocks), locks);
+    test::writeFile(kSecond, "{}");
+    calls_.beforeAccess("/var/lock/firewall/", 1, [] { unlink(kSecond.c_str()); });
+    EXPECT_FALSE(FW::jsonFileLoad(value, kSecond));
+    EXPECT_EQ(log_.take(), Lines{"utils: Failed to open json file " + kSecond});
+    EXPECT_FALSE(FW::jsonFileDump(value, kSecond + "/no/directory.json"));
+    EXPECT_EQ(test::namesIn(kLocks), (Lines{"1.json.lock", "firewall_settings.json.lock"}));
 }
 
 TEST_F(BusyFiles, AreNotTakenForMissingWithoutADescriptor) {
     test::writeProfile("2.json", named("home"));
     unlink(kFirst.c_str());
     syslog(LOG_ERR, "utils:1 the log is open now");
-    (void)log_.take();
-    EXPECT_EQ(test::inChild([&] {
-                  const int lowest = dup(0);
-                  close(lowest);
-                  (void)FW::getLockFile(kSecond);
-                  // One descriptor is left: for the lock, but not for the file.
-                  const auto limit = static_cast<rlim_t>(lowest + 1);
-                  const rlimit descriptors = {limit, limit};
-                  return setrlimit(RLIMIT_NOFILE, &descriptors) == 0 &&
-                                 !profiles_.profileSet("home", named("home")) &&
-                                 !profiles_.profileCreate("new")
-                             ? 0
-                             : 1;
-              }),
-              0);
-    EXPECT_EQ(test::namesIn(test::kStore), (Lines{"2.json", "firewall_settings.json"}));
+    const auto setAndCreateFail = [this] {
+        const int lowest = dup(0);
+        close(lowest);
+        (void)FW::getLockFile(kSecond);
+        // One descriptor is left: for the lock, but not for the file.
+        const auto limit = static_cast<rlim_t>(lowest + 1);
+        const rlimit descriptors = {limit, limit};
+        return setrlimit(RLIMIT_NOFILE, &descriptors) == 0 &&
+               !profiles_.profileSet("home", named("home")) && !profiles_.profileCreate("new");
+    };
+    EXPECT_EQ(test::inChild([&] { return setAndCreateFail() ? 0 : 1; }), 0);
+    EXPECT_EQ(storedNames(), (Lines{"home", ""}));
     EXPECT_FALSE(test::exists("/tmp/2.json.lock")) << "lock files stay where they are";
 }
 
-TEST_F(BusyFiles, DoNotMakeACreationSpin) {
-    const auto creationFails = [this] {
-        return test::inChild([this] { return profiles_.profileCreate("new") ? 1 : 0; }) == 0;
-    };
+TEST_F(BusyFiles, DoNotMakeACreationSpinWhenNoneCanBeRead) {
     test::writeFile(kFirst, "{");
     test::writeFile(kSecond, "{");
-    EXPECT_TRUE(creationFails());
+    EXPECT_FALSE(profiles_.profileCreate("new"));
     unlink(test::kSettings);
-    EXPECT_TRUE(creationFails());
+    EXPECT_FALSE(profiles_.profileCreate("new"));
     unlink(kFirst.c_str());
     unlink(kSecond.c_str());
     test::writeFile(test::kSettings, "{");
-    EXPECT_TRUE(creationFails());
+    EXPECT_FALSE(profiles_.profileCreate("new"));
 }
 
 }  // namespace

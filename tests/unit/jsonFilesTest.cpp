@@ -1,16 +1,25 @@
-// What may differ in the program that calls: its descriptors, its memory, its locale.
+// JSON files and their lock files, whatever the program that calls has, and
+// whoever was there before it.
 
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <filesystem>
+#include <functional>
 #include <locale>
 #include <new>
 
 #include "tests/support/processes.h"
 #include "tests/support/store.h"
 #include "tests/support/systemCalls.h"
+#include "tests/support/systemLog.h"
 #include "zamofirewall/zamofirewall.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -20,49 +29,158 @@ long allocationsLeft = -1;
 }  // namespace
 
 __attribute__((visibility("default"))) void* operator new(std::size_t size) {
+    static auto* const real = reinterpret_cast<void* (*)(std::size_t)>(dlsym(RTLD_NEXT, "_Znwm"));
     if (allocationsLeft == 0) {
         throw std::bad_alloc();
     }
     allocationsLeft -= allocationsLeft > 0 ? 1 : 0;
-    void* const memory = std::malloc(size);
-    return memory != nullptr ? memory : throw std::bad_alloc();
-}
-
-__attribute__((visibility("default"))) void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-__attribute__((visibility("default"))) void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    return real(size);
 }
 
 namespace {
 
+using Lines = std::vector<std::string>;
+
 const std::string kPath = std::string(test::kStore) + "a.json";
+const std::string kLocks = "/run/lock/firewall";
+const std::string kLock = kLocks + "/a.json.lock";
 
 class JsonFiles : public testing::Test {
   protected:
     JsonFiles() { test::clearFiles(); }
+
+    test::SystemLog log_;
 };
 
-TEST_F(JsonFiles, KeepOffTheStandardStreams) {
-    EXPECT_EQ(test::inChild([] {
-                  bool kept = true;
-                  const auto look = [&kept] {
-                      for (const char* stream :
-                           {"/proc/self/fd/0", "/proc/self/fd/1", "/proc/self/fd/2"}) {
-                          kept = kept && access(stream, F_OK) != 0;
-                      }
-                  };
-                  close(0);
-                  close(1);
-                  close(2);
-                  test::SystemCalls calls;
-                  calls.onSync = look;
-                  const bool written = FW::jsonFileDump(1, kPath);
-                  return written && kept ? 0 : 1;
-              }),
-              0);
+TEST_F(JsonFiles, SayWhyTheyCannotBeRead) {
+    Json::Value value;
+    const Lines unparsable = {"utils: Failed to parse Json value of " + kPath};
+    for (const std::string& text :
+         {std::string(), std::string("{'a': 1}"), std::string(5000, '[')}) {
+        test::writeFile(kPath, text);
+        EXPECT_FALSE(FW::jsonFileLoad(value, kPath)) << text;
+        EXPECT_EQ(log_.take(), unparsable) << text;
+    }
+    fs::remove(kPath);
+    fs::create_directory(kPath);
+    EXPECT_FALSE(FW::jsonFileLoad(value, kPath));
+    EXPECT_EQ(log_.take(), unparsable);
+}
+
+TEST_F(JsonFiles, StayAsTheyWereWhenTheNewOneCannotBeWrittenWhole) {
+    const std::string directory = std::string(test::kStore) + "small/";
+    const std::string path = directory + "b.json";
+    fs::create_directory(directory);
+    ASSERT_EQ(mount("small", directory.c_str(), "tmpfs", 0, "size=16k"), 0);
+    EXPECT_TRUE(FW::jsonFileDump(test::json("{'b': [1, 2], 'a': 'x'}"), path));
+    EXPECT_FALSE(FW::jsonFileDump(std::string(100000, 'x'), path));
+    EXPECT_EQ(log_.take(), Lines{"utils: Failed to rename to " + path});
+    EXPECT_EQ(test::readFile(path), "{\n   \"a\" : \"x\",\n   \"b\" : [ 1, 2 ]\n}\n");
+    EXPECT_FALSE(test::exists(path + ".tmp")) << "it would keep the disk full";
+    EXPECT_EQ(umount(directory.c_str()), 0);
+
+    fs::create_directories(path + "/x");
+    EXPECT_FALSE(FW::jsonFileDump(1, path));
+    EXPECT_EQ(log_.take(), Lines{"utils: Failed to rename to " + path});
+    EXPECT_TRUE(test::exists(path + ".tmp"));
+}
+
+TEST_F(JsonFiles, HaveLockFilesNamedAfterThem) {
+    EXPECT_EQ(FW::getLockFile("/a/b/x.json"), "/var/lock/firewall/x.json.lock");
+    EXPECT_TRUE(test::exists(kLocks + "/x.json.lock"));
+    EXPECT_EQ(FW::getLockFile("/" + std::string(1012, 'd') + "/123456789012"),
+              "/var/lock/firewall/123456789.lock");
+    EXPECT_EQ(log_.take(), Lines{});
+
+    ASSERT_EQ(mount("ro", kLocks.c_str(), "tmpfs", MS_RDONLY, ""), 0);
+    EXPECT_EQ(FW::getLockFile("x.json"), "/tmp/x.json.lock");
+    EXPECT_EQ(umount(kLocks.c_str()), 0);
+    fs::remove_all(kLocks);
+    test::writeFile(kLocks, "");
+    EXPECT_EQ(FW::getLockFile("x.json"), "/tmp/x.json.lock");
+    EXPECT_EQ(log_.take(), (Lines{"debug utils: Failed to create path: Read-only file system",
+                                  "debug utils: Failed to create path: Not a directory"}));
+}
+
+struct stat statusOf(const std::string& path) {
+    struct stat status = {};
+    EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
+    return status;
+}
+
+// Neither the directory nor what is in it may be used by others.
+void expectSafeLock() {
+    EXPECT_TRUE(S_ISDIR(statusOf(kLocks).st_mode));
+    EXPECT_EQ(statusOf(kLocks).st_mode & 07U, 0U);
+    EXPECT_EQ(statusOf(kLocks).st_uid, 0U);
+    EXPECT_EQ(statusOf(kLock).st_mode, S_IFREG | 0600U);
+    EXPECT_EQ(statusOf(kLock).st_uid, 0U);
+    EXPECT_FALSE(test::exists("/tmp/a.json.lock"));
+}
+
+TEST_F(JsonFiles, AreLockedSafelyWhereOtherUsersMayHaveBeenFirst) {
+    const std::string target = "/run/lock/target";
+    const std::string elsewhere = "/run/lock/elsewhere";
+    test::writeFile(target, "keep", 0640);
+    fs::create_directory(elsewhere);
+    std::vector<std::function<void()>> intrusions = {
+        [] {},
+        [] { chmod(kLocks.c_str(), 0777); },
+        [] { test::writeFile(kLock, "", 0666); },
+        [&] { fs::create_symlink(target, kLock); },
+        [&] { fs::create_hard_link(target, kLock); },
+        [] { EXPECT_EQ(mkfifo(kLock.c_str(), 0600), 0); },
+        [&] {
+            fs::remove_all(kLocks);
+            fs::create_directory_symlink(elsewhere, kLocks);
+        }};
+    if (test::canChangeOwners()) {
+        for (const std::string& path : {kLocks, kLock}) {
+            intrusions.emplace_back([path] {
+                test::writeFile(kLock, "");
+                EXPECT_EQ(chown(path.c_str(), 1234, 1234), 0);
+            });
+        }
+    }
+    for (std::size_t i = 0; i < intrusions.size(); ++i) {
+        for (const bool dump : {true, false}) {
+            SCOPED_TRACE(std::to_string(i) + (dump ? " dump" : " name"));
+            fs::remove_all(kLocks);
+            (void)FW::getLockFile("other.json");
+            intrusions[i]();
+            if (dump) {
+                EXPECT_TRUE(FW::jsonFileDump(1, kPath));
+            } else {
+                EXPECT_EQ(FW::getLockFile(kPath), "/var/lock/firewall/a.json.lock");
+            }
+            expectSafeLock();
+        }
+    }
+    EXPECT_TRUE(fs::is_empty(elsewhere));
+    EXPECT_EQ(statusOf(target).st_mode & 07777U, 0640U);
+    EXPECT_EQ(test::readFile(target), "keep");
+}
+
+TEST_F(JsonFiles, KeepOffTheStandardStreamsAndOutOfOtherPrograms) {
+    // How many descriptors are standard streams or go to the programs that the process starts.
+    const auto exposed = [] {
+        int count = 0;
+        for (int file = 0; file < 100; ++file) {
+            const int flags = fcntl(file, F_GETFD);
+            count += flags >= 0 && (file <= 2 || (flags & FD_CLOEXEC) == 0) ? 1 : 0;
+        }
+        return count;
+    };
+    const auto exposesNothing = [&exposed] {
+        for (const int stream : {0, 1, 2}) {
+            close(stream);
+        }
+        test::SystemCalls calls;
+        int more = -1;
+        calls.beforeSync([&, before = exposed()] { more = exposed() - before; });
+        return FW::jsonFileDump(1, kPath) && more == 0;
+    };
+    EXPECT_EQ(test::inChild([&] { return exposesNothing() ? 0 : 1; }), 0);
 }
 
 TEST_F(JsonFiles, LeakNoDescriptorWhenMemoryRunsOut) {
@@ -92,9 +210,9 @@ struct Grouped : std::numpunct<char> {
 };
 
 TEST_F(JsonFiles, AreTheSameInEveryLocale) {
-    const std::string text =
-        "{ // \"1.5 \n \"a\": [1.5, -0.25, 1.5e3, 2.5E-1, 1e2, 1234567, 1.795], /* \" */ \"b\\\\\": \"1.5\\\" 2.5\"}";
-    test::writeFile(kPath, text);
+    test::writeFile(kPath,
+                    "{ // \"1.5 \n \"a\": [1.5, -0.25, 1.5e3, 2.5E-1, 1e2, 1234567, 1.795], "
+                    "/* \" */ \"b\\\\\": \"1.5\\\" 2.5\"}");
     Json::Value expected;
     ASSERT_TRUE(FW::jsonFileLoad(expected, kPath));
 
@@ -102,6 +220,7 @@ TEST_F(JsonFiles, AreTheSameInEveryLocale) {
         std::locale::global(std::locale(std::locale::classic(), new Grouped));
     Json::Value read;
     EXPECT_TRUE(FW::jsonFileLoad(read, kPath));
+    EXPECT_EQ(read, expected);
     Json::Value damaged;
     for (const char* wrong : {"[1.5.2]", "[1.5e]", "[-.]", "[1e400]"}) {
         test::writeFile(kPath, wrong);
@@ -111,48 +230,9 @@ TEST_F(JsonFiles, AreTheSameInEveryLocale) {
     const std::string name =
         FW::ZAMOFW_JSON_DB().profilePathNameGen(test::json("{'a': {'fileName': '1'}}"));
     std::locale::global(before);
-
-    EXPECT_EQ(read, expected);
     EXPECT_EQ(name.find_first_not_of("0123456789"), std::string::npos) << name;
     EXPECT_TRUE(FW::jsonFileLoad(read, kPath));
     EXPECT_EQ(read, expected);
-}
-
-TEST_F(JsonFiles, OfTheStoreHaveNamesThatCanBeReadBack) {
-    FW::ZAMOFW_JSON_DB database;
-    FW::FWPROFILE profile;
-    profile.name = "home";
-    test::writeProfile("1.json", profile);
-    // Neither a settings file with a name nor one without room for a lock file is a profile.
-    test::writeFile(test::kSettings, "{\"name\": \"settings\", \"profile\": \"home\"}");
-    test::writeProfile(std::string(246, 'd') + ".json", profile);
-    std::vector<std::string> names;
-    EXPECT_TRUE(database.profileEnum(names));
-    EXPECT_EQ(names, std::vector<std::string>{"home"});
-    EXPECT_TRUE(FW::ZAMOFW_PROFILE().profileRemoveServ("ssh"));
-    EXPECT_EQ(test::json(test::readFile(test::kSettings)).size(), 2U);
-
-    for (const std::string wrong :
-         {"\xff", "a\xc3", "\xed\xa0\x80", "\xc0\xaf", "\xf4\x90\x80\x80"}) {
-        EXPECT_FALSE(database.profileCreate(wrong)) << testing::PrintToString(wrong);
-        EXPECT_FALSE(database.profileRename("home", wrong));
-        profile.name = wrong;
-        EXPECT_FALSE(database.profileSet("home", profile));
-        Json::Value document;
-        document["config_profiles"][wrong + ".json"]["name"] = "x";
-        EXPECT_FALSE(database.importConfig(document));
-    }
-    for (const std::string& wrong :
-         {std::string(), std::string("."), std::string(".."), std::string("a\0b", 3),
-          std::string("a/b"), std::string(251, 'd')}) {
-        Json::Value document;
-        document["config_profiles"][wrong]["name"] = "x";
-        EXPECT_FALSE(database.importConfig(document)) << testing::PrintToString(wrong);
-    }
-    EXPECT_TRUE(database.profileRename("home", "\xc3\xa9t\xc3\xa9 \xf0\x9f\x98\x80"));
-    names.clear();
-    EXPECT_TRUE(database.profileEnum(names));
-    EXPECT_EQ(names, std::vector<std::string>{"\xc3\xa9t\xc3\xa9 \xf0\x9f\x98\x80"});
 }
 
 }  // namespace
