@@ -1,24 +1,13 @@
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <libkmod.h>
-#include <unistd.h>
 #include <zamo/km.h>
 
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <map>
-#include <sstream>
-#include <string>
 
-#include "tests/support/files.h"
-#include "tests/support/processes.h"
-#include "tests/support/systemLog.h"
+#include "tests/platform/host.h"
 
 // What the kernel would answer. Configuration, look-up and commands are libkmod's own.
 namespace {
-
-using namespace test;
 
 struct FakeModule {
     int state = -ENOENT;
@@ -26,7 +15,7 @@ struct FakeModule {
     int removal = 0;
 };
 
-bool kernelHasModules = true;
+int accessToModules = 0;  // -1 for a kernel without modules
 std::map<std::string, FakeModule> kernel;
 std::string removed;
 
@@ -36,10 +25,8 @@ std::string removed;
 extern "C" {
 
 int access(const char* path, int mode) noexcept {
-    if (strcmp(path, "/proc/modules") != 0) {
-        return faccessat(AT_FDCWD, path, mode, 0);
-    }
-    return kernelHasModules ? 0 : -1;
+    const bool isFaked = std::string(path) == "/proc/modules";
+    return isFaked ? accessToModules : faccessat(AT_FDCWD, path, mode, 0);
 }
 
 int kmod_module_get_initstate(const kmod_module* module) {
@@ -64,11 +51,10 @@ class KernelModule : public testing::Test {
   protected:
     using Operation = int(const char*, const VLIBCSzList*);
 
-    static int run(Operation* operation, const std::string& files) {
+    static int run(Operation* operation, const std::vector<std::string>& names) {
         VLIBCSzList* list = VLIBCSzListAlloc(4);
-        std::istringstream words(files);
-        for (std::string file; words >> file;) {
-            EXPECT_EQ(VLIBCSzListPush(&list, file.c_str()), 0);
+        for (const std::string& name : names) {
+            EXPECT_EQ(VLIBCSzListPush(&list, (name + ".ko").c_str()), 0);
         }
         EXPECT_EQ(VLIBCSzListPush(&list, ""), 0);
         const int result = operation("web", list);
@@ -89,50 +75,43 @@ TEST_F(KernelModule, RunsInstallCommandsInListOrderUpToTheFirstFailure) {
     setenv("SECRET", "x", 1);
     kernel["xt_live"].state = KMOD_MODULE_LIVE;
     kernel["xt_builtin"].state = KMOD_MODULE_BUILTIN;
-    EXPECT_EQ(run(VLIBIptablesModInsert, "xt_b.ko xt-a.ko xt_listed.ko xt_live.ko xt_builtin.ko"),
+    EXPECT_EQ(run(VLIBIptablesModInsert, {"xt_b", "xt-a", "xt_listed", "xt_live", "xt_builtin"}),
               0);
     EXPECT_EQ(ran(), "b xt_b\na\n");
     EXPECT_EQ(log_.take().size(), 0U);
 
-    EXPECT_LT(run(VLIBIptablesModInsert, "xt_a.ko xt_bad.ko xt_b.ko"), 0);
+    EXPECT_LT(run(VLIBIptablesModInsert, {"xt_a", "xt_bad", "xt_b"}), 0);
     EXPECT_EQ(ran(), "b xt_b\na\na\n");
-    const std::string line =
-        "zamokm: web: module xt_bad: cannot be loaded: its modprobe.d command failed";
-    EXPECT_EQ(log_.take(), std::vector{line});
+    const std::vector<std::string> lines = {
+        "zamokm: web: module xt_bad: cannot be loaded: its modprobe.d command failed"};
+    EXPECT_EQ(log_.take(), lines);
 }
 
 TEST_F(KernelModule, TellsWhatToDoAboutAnUnknownModule) {
-    EXPECT_LT(run(VLIBIptablesModInsert, "xt_unknown.ko"), 0);
+    EXPECT_LT(run(VLIBIptablesModInsert, {"xt_unknown"}), 0);
     const auto log = log_.take();
     ASSERT_EQ(log.size(), 1U);
-    for (const char* text :
-         {"module xt_unknown: not among the modules of", "\"install xt_unknown /bin/true\""}) {
-        EXPECT_NE(log[0].find(text), std::string::npos) << log[0];
-    }
-    kernelHasModules = false;
-    EXPECT_EQ(run(VLIBIptablesModInsert, "xt_unknown.ko"), 0) << "a kernel without modules";
-    kernelHasModules = true;
+    EXPECT_NE(log[0].find("module xt_unknown: not among the modules of"), std::string::npos);
+    EXPECT_NE(log[0].find("\"install xt_unknown /bin/true\""), std::string::npos) << log[0];
+    accessToModules = -1;
+    EXPECT_EQ(run(VLIBIptablesModInsert, {"xt_unknown"}), 0);
+    accessToModules = 0;
 }
 
 TEST_F(KernelModule, RemovesWhatNobodyHolds) {
     writeFile(place_ / "test.conf",
               "remove xt_own echo own >>/etc/modprobe.d/ran\nremove xt_fails exit 2\n");
     constexpr int kLive = KMOD_MODULE_LIVE;
-    kernel["xt_free"] = {kLive, 0, 0};
-    kernel["xt_held"] = {kLive, 2, 0};
-    kernel["xt_raced"] = {kLive, 0, -EAGAIN};
-    kernel["xt_gone"] = {kLive, 0, -ENOENT};
-    kernel["xt_stuck"] = {kLive, 0, -EPERM};
-    kernel["xt_builtin"] = {KMOD_MODULE_BUILTIN, 0, 0};
-    EXPECT_EQ(
-        run(VLIBIptablesModRemove,
-            "xt_free.ko xt_held.ko xt_raced.ko xt_gone.ko xt_builtin.ko xt_absent.ko xt_own.ko"),
-        0);
+    kernel = {{"xt_free", {kLive, 0, 0}},        {"xt_held", {kLive, 2, 0}},
+              {"xt_raced", {kLive, 0, -EAGAIN}}, {"xt_gone", {kLive, 0, -ENOENT}},
+              {"xt_stuck", {kLive, 0, -EPERM}},  {"xt_builtin", {KMOD_MODULE_BUILTIN, 0, 0}}};
+    EXPECT_EQ(run(VLIBIptablesModRemove, {"xt_free", "xt_held", "xt_raced", "xt_gone", "xt_builtin",
+                                          "xt_absent", "xt_own"}),
+              0);
     EXPECT_EQ(removed, "xt_free xt_raced xt_gone ");
     EXPECT_EQ(log_.take().size(), 0U);
-
-    for (const char* file : {"xt_stuck.ko", "xt_fails.ko"}) {
-        EXPECT_LT(run(VLIBIptablesModRemove, std::string(file) + " xt_own.ko"), 0) << file;
+    for (const std::string file : {"xt_stuck", "xt_fails"}) {
+        EXPECT_LT(run(VLIBIptablesModRemove, {file, "xt_own"}), 0) << file;
         EXPECT_EQ(log_.take().size(), 1U) << file;
     }
     EXPECT_EQ(ran(), "own\n");

@@ -1,22 +1,10 @@
-#include <gtest/gtest.h>
 #include <zamo/serviceconf.h>
 
 #include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
 
-#include "tests/support/files.h"
-#include "tests/support/processes.h"
-#include "tests/support/systemLog.h"
+#include "tests/platform/host.h"
 
 namespace {
-
-using namespace test;
-
-struct CatalogueReleaser {
-    void operator()(ZAMOFwServiceList* catalogue) const { ZAMOFwServiceFree(catalogue); }
-};
 
 std::string textOf(int protocol, const VLIBCSzList* ports) {
     std::string text = std::to_string(protocol) + (ports != nullptr ? ":" : "");
@@ -51,7 +39,8 @@ class ServiceCatalogue : public testing::Test {
     SystemLog log_;
 
   private:
-    std::unique_ptr<ZAMOFwServiceList, CatalogueReleaser> catalogue_;
+    std::unique_ptr<ZAMOFwServiceList, void (*)(ZAMOFwServiceList*)> catalogue_{nullptr,
+                                                                                ZAMOFwServiceFree};
 };
 
 TEST_F(ServiceCatalogue, JoinsShippedAndAddedServices) {
@@ -66,7 +55,6 @@ TEST_F(ServiceCatalogue, JoinsShippedAndAddedServices) {
     for (const char* name : {".hidden.json", "copy.json~", "json"}) {
         writeFile(added_ / name, "{}");
     }
-
     EXPECT_EQ(load(), 4);
     EXPECT_EQ(find("ssh"), "on 0 / 32: 1-65535");
     EXPECT_EQ(find("dhcp"), "off 2: 67 6000-6010 / 3: 68");
@@ -78,39 +66,41 @@ TEST_F(ServiceCatalogue, JoinsShippedAndAddedServices) {
 
 TEST_F(ServiceCatalogue, LeavesOutWhatIsBrokenWithOneLogLine) {
     const std::string deep = std::string(5000, '[') + std::string(5000, ']');
-    std::vector<std::string> texts = {"", "{", "[]", "{} x", deep, "{\"title\": " + deep + "}"};
-    texts.push_back("{}" + std::string(1024 * 1024, ' '));
-    std::istringstream members(R"("title": 5
-        "enabled": "yes"
-        "source": null
-        "source": {"protocol": "tcp"}
-        "source": {"ports": ["1"]}
-        "source": {"protocol": "TCP", "ports": ["1"]}
-        "source": {"protocol": 1, "ports": ["1"]}
-        "source": {"protocol": "tcp", "ports": "1"})");
-    for (std::string line; std::getline(members, line);) {
-        texts.push_back("{" + line + "}");
+    std::vector<std::string> texts = {"",
+                                      "{",
+                                      "[]",
+                                      "{} x",
+                                      deep,
+                                      "{\"title\": " + deep + "}",
+                                      "{}" + std::string(1024 * 1024, ' '),
+                                      R"({"title": 5})",
+                                      R"({"enabled": "yes"})",
+                                      R"({"source": null})"};
+    for (const char* source :
+         {R"("protocol": "tcp")", R"("ports": ["1"])", R"("protocol": "TCP", "ports": ["1"])",
+          R"("protocol": 1, "ports": ["1"])", R"("protocol": "tcp", "ports": "1")",
+          R"("protocol": "tcp", "ports": [1])"}) {
+        texts.push_back(R"({"source": {)" + std::string(source) + "}}");
     }
-    std::istringstream ports(
-        R"(1 "" "0" "022" "65536" "9999999999" "ssh" "1,2" "-1" "1-" "0-5" "6-5" "5-6-7" "5:6")");
-    for (std::string port; ports >> port;) {
-        texts.push_back(R"({"source": {"protocol": "tcp", "ports": [)" + port + "]}}");
+    for (const char* port : {"", "0", "022", "65536", "9999999999", "ssh", "1,2", "-1", "1-", "0-5",
+                             "6-5", "5-6-7", "5:6"}) {
+        texts.push_back(R"({"source": {"protocol": "tcp", "ports": [")" + std::string(port) +
+                        "\"]}}");
     }
     writeFile(shipped_ / "good.json", "{}");
     writeFile(shipped_ / "bad.json", "{}");
+    const std::string line = "zamoserviceconf: " + (added_ / "bad.json is left out: ");
     for (const std::string& text : texts) {
         writeFile(added_ / "bad.json", text);
         EXPECT_EQ(load(), 1) << text.substr(0, 80);
         EXPECT_EQ(find("bad"), "missing") << "the shipped file is replaced all the same";
         const auto log = log_.take();
         ASSERT_EQ(log.size(), 1U) << text.substr(0, 80);
-        EXPECT_TRUE(log[0].find("zamoserviceconf: " + (added_ / "bad.json is left out: ")) == 0 &&
-                    log[0].find('\n') == std::string::npos)
-            << log[0];
+        EXPECT_EQ(log[0].substr(0, line.size()), line);
+        EXPECT_EQ(log[0].find('\n'), std::string::npos) << log[0];
     }
     for (const char* irregular : {"mkfifo", "mkdir", "ln -s /dev/null"}) {
-        shell("cd /usr/zamo/etc/services.d; rm -rf bad.json; " + std::string(irregular) +
-              " bad.json");
+        shell("cd " + (added_ / "") + "; rm -rf bad.json; " + irregular + " bad.json");
         EXPECT_EQ(load(), 1) << irregular;
         EXPECT_EQ(log_.take().size(), 1U) << irregular;
     }
