@@ -34,52 +34,29 @@ Texts unusualLines(const Json::Value& lines, const Json::Value& usual) {
     return unusual;
 }
 
-// One text for the two chains. A rule has its lines in FORWARD_FIREWALL and then as many in
-// INPUT_FIREWALL; where the two halves differ, the lines stay whole.
-Texts ruleTexts(const Texts& lines) {
-    Texts texts;
+// Each rule on its own. It has its lines in FORWARD_FIREWALL and then the same in INPUT_FIREWALL,
+// so one text stands for both; where the two halves differ, the lines stay whole.
+std::string ruleTexts(const Texts& lines) {
+    std::string texts;
     for (auto line = lines.begin(); line != lines.end();) {
-        const auto half = std::find_if_not(line, lines.end(), [](const std::string& each) {
-            return boost::starts_with(each, kForward);
-        });
-        const auto end = half + std::min(half - line, lines.end() - half);
-        if (half == line ||
-            !std::equal(line, half, half, end, [](const std::string& one, const std::string& two) {
-                return kInput + one.substr(kForward.size()) == two;
-            })) {
-            texts.push_back("/ " + *line++);
+        Texts inputs;
+        auto half = line;
+        for (; half != lines.end() && boost::starts_with(*half, kForward); ++half) {
+            inputs.push_back(kInput + half->substr(kForward.size()));
+        }
+        if (inputs.empty() || !boost::starts_with(Texts(half, lines.end()), inputs)) {
+            texts += " / " + *line++;
             continue;
         }
-        for (const char* separator = "/ "; line != half; ++line, separator = "& ") {
-            texts.push_back(separator + line->substr(kForward.size()));
-        }
-        line = end;
+        texts += " / " + boost::erase_all_copy(boost::join(inputs, " & "), kInput);
+        line = half + (half - line);
     }
     return texts;
 }
 
-// Both families' texts in one list, each family's in its order. The families are named where they
-// change.
-std::string mergedText(const Texts& v4, const Texts& v6) {
-    std::string merged;
-    std::string families;
-    const auto append = [&](const std::string& text, const std::string& of) {
-        merged += " " + (of == families ? text : text.substr(0, 2) + of + ": " + text.substr(2));
-        families = of;
-    };
-    auto six = v6.begin();
-    for (const std::string& text : v4) {
-        const auto same = std::find(six, v6.end(), text);
-        if (same == v6.end()) {
-            append(text, "4");
-            continue;
-        }
-        std::for_each(six, same, [&](const std::string& other) { append(other, "6"); });
-        append(text, "46");
-        six = same + 1;
-    }
-    std::for_each(six, v6.end(), [&](const std::string& other) { append(other, "6"); });
-    return merged;
+// " / -j DROP" of the family 4: " / 4: -j DROP".
+std::string named(const std::string& families, const std::string& texts) {
+    return texts.empty() ? "" : " / " + families + ": " + texts.substr(3);
 }
 
 Texts guard(const std::string& policy, const std::string& edit) {
@@ -118,17 +95,23 @@ const std::vector<std::pair<std::regex, const char*>> kSaidTogether = {
     {std::regex("utils: Failed to parse Json value of (store/firewall_settings.json) "
                 "! zamoFW: Falied to configGet\\(\\)"),
      "unreadable $1"},
+    {std::regex("utils: Failed to parse Json value of (\\S+) ! fwDB: Failed to load json from \\1"),
+     "damaged $1"},
+    {std::regex("zamoIptablesModule: Failed to VLIBIptablesMod(\\w+)\\(\\) "
+                "! zamoIptablesModule: Failed to module\\1\\((\\w+), ([^)]*)\\)"),
+     "failed $1 $2: $3"},
     {std::regex("fwDB: Fail to read file from store/ "
                 "! fwDB: Failed to create meta json from store/"),
      "empty store"},
     {std::regex("\\.cpp:[0-9]+"), ".cpp:LINE"},
 };
 
-bool isQuestion(const std::string& event) { return boost::starts_with(event, "tool "); }
-
-bool isRule(const std::string& event) {
-    return boost::contains(event, " -A INPUT_FIREWALL ") ||
-           boost::contains(event, " -A FORWARD_FIREWALL ");
+// What several events in a row are counted as.
+std::string kindOf(const std::string& event) {
+    static const std::regex rule(".* -A (INPUT|FORWARD)_FIREWALL .*");
+    return boost::starts_with(event, "tool ") ? "questions"
+           : std::regex_match(event, rule)    ? "rules"
+                                              : event;
 }
 
 // Cuts the next thing to show off the events.
@@ -139,31 +122,31 @@ std::string takeEvent(Texts& events) {
             return name;
         }
     }
-    const auto isSame = isQuestion(events[0]) ? isQuestion : isRule;
-    const auto end = std::find_if_not(events.begin(), events.end(), isSame);
-    const long count = std::max(end - events.begin(), 1L);
-    std::string text = events[0];
-    if (count > 1) {
-        text = std::to_string(count) + (isSame == isQuestion ? " questions" : " rules");
+    const std::string first = events[0];
+    const std::string kind = kindOf(first);
+    long count = 0;
+    for (; !events.empty() && kindOf(events[0]) == kind; ++count) {
+        events.erase(events.begin());
     }
-    events.erase(events.begin(), events.begin() + count);
-    return text;
+    return count == 1 ? first : std::to_string(count) + " " + kind;
 }
 
 }  // namespace
 
 std::string lineText(const Json::Value& commands, const Json::Value& usual) {
-    std::map<std::string, std::map<std::string, Texts>> adapters;
+    std::map<std::string, std::map<std::string, std::string>> adapters;
     for (const char* family : {"v4", "v6"}) {
         for (const std::string& adapter : commands[family].getMemberNames()) {
-            adapters[adapter][family] =
+            adapters[adapter == "global" ? "" : adapter][family] =
                 ruleTexts(unusualLines(commands[family][adapter], usual[family][adapter]));
         }
     }
-    std::string text = mergedText(adapters["global"]["v4"], adapters["global"]["v6"]);
-    adapters.erase("global");
+    std::string text;
     for (auto& [adapter, families] : adapters) {
-        text += " | " + adapter + mergedText(families["v4"], families["v6"]);
+        const std::string& v4 = families["v4"];
+        const std::string& v6 = families["v6"];
+        text += adapter.empty() ? "" : " | " + adapter;
+        text += v4 == v6 ? named("46", v4) : named("4", v4) + named("6", v6);
     }
     return boost::replace_all_copy(text, "\n", "\\n");
 }

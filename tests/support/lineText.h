@@ -13,7 +13,7 @@ namespace test {
 //
 //   | NAME        begins an adapter; the lines of "global" come before the first
 //   / and &       begin a rule, and another line of the same rule
-//   4: 6: 46:     the families of what follows
+//   4: 6: 46:     the families of what follows; 46 where both have the same lines
 //   -i eth0 ...   a line of the table "filter" that is in both chains; other lines are whole
 //   ..            lines of `usual`, which are shown only as a gap between others
 std::string lineText(const Json::Value& commands, const Json::Value& usual);
@@ -24,7 +24,8 @@ std::string lineText(const Json::Value& commands, const Json::Value& usual);
 std::string eventText(std::vector<std::string> events);
 
 // Lines of the system log: " ! fwDB: ... ! zamoFW: ...". Some that come together have a name:
-// "failed COMMAND", "unwritable profile FILE", "unreadable SETTINGS", "empty store".
+// "failed COMMAND", "unwritable profile FILE", "unreadable SETTINGS", "damaged FILE",
+// "failed Insert SERVICE: MODULES", "empty store".
 std::string logText(const std::vector<std::string>& lines);
 
 }  // namespace test

@@ -49,12 +49,8 @@ FWRULE newRule() {
 
 // "~" is a blank, and '' an empty text.
 List listOf(const std::string& text) {
-    List list;
-    if (text != "-") {
-        boost::split(list, boost::erase_all_copy(boost::replace_all_copy(text, "~", " "), "''"),
-                     boost::is_any_of(","));
-    }
-    return list;
+    const std::string plain = boost::erase_all_copy(boost::replace_all_copy(text, "~", " "), "''");
+    return text == "-" ? List() : split(plain, ",");
 }
 
 template <typename Texts>
@@ -71,6 +67,15 @@ std::string wordOf(const Words& words, std::int32_t code) {
     return "";
 }
 
+const Field& fieldNamed(const std::string& name) {
+    for (const Field& field : kFields) {
+        if (name == field.name) {
+            return field;
+        }
+    }
+    throw std::invalid_argument(name);
+}
+
 // "table=mangle" and the like.
 void setNamed(const std::string& name, const std::string& value, FWRULE& rule) {
     if (name == "table") {
@@ -83,12 +88,7 @@ void setNamed(const std::string& name, const std::string& value, FWRULE& rule) {
         const List chains = listOf(value);
         rule.chainList.insert(chains.begin(), chains.end());
     } else {
-        const auto field = std::find_if(kFields.begin(), kFields.end(),
-                                        [&](const Field& each) { return name == each.name; });
-        if (field == kFields.end()) {
-            throw std::invalid_argument(name);
-        }
-        rule.*field->code = std::stoi(value);
+        rule.*fieldNamed(name).code = std::stoi(value);
     }
 }
 
@@ -109,19 +109,23 @@ void setWord(const std::string& word, std::istream& rest, FWRULE& rule) {
 }
 
 std::string fieldText(const Field& field, const FWRULE& rule) {
-    const std::string word = wordOf(field.words, rule.*field.code);
-    std::string code =
-        word.empty() ? std::string(field.name) + "=" + std::to_string(rule.*field.code) : word;
-    if (field.list == nullptr || (word == field.wordWithoutList && (rule.*field.list).empty())) {
-        return code;
+    std::string text = wordOf(field.words, rule.*field.code);
+    if (text.empty()) {
+        text = std::string(field.name) + "=" + std::to_string(rule.*field.code);
     }
-    const std::string list = " " + listText(rule.*field.list);
-    return word.empty() || word == field.wordWithoutList
-               ? wordOf(field.words, 0) + list + " " + code
-               : word + list;
+    if (field.list != nullptr && (text != field.wordWithoutList || !(rule.*field.list).empty())) {
+        text += " " + listText(rule.*field.list);
+    }
+    return text;
 }
 
 }  // namespace
+
+List split(const std::string& text, const std::string& separator) {
+    List parts;
+    boost::iter_split(parts, text, boost::first_finder(separator));
+    return parts;
+}
 
 FW::FW_POLICY parsePolicy(const std::string& word) {
     const auto found = kPolicies.find(word);
@@ -164,11 +168,8 @@ std::string ruleText(const FWRULE& rule) {
     const FWRULE usual = newRule();
     std::string text = (rule.enable ? "" : "off ") + policyText(rule.policy);
     for (const Field& field : kFields) {
-        const bool isAlwaysSaid =
-            field.code == &FWRULE::portGroup || field.code == &FWRULE::protocol;
-        if (isAlwaysSaid || fieldText(field, rule) != fieldText(field, usual)) {
-            text += " " + fieldText(field, rule);
-        }
+        const std::string said = fieldText(field, rule);
+        text += said == fieldText(field, usual) ? "" : " " + said;
     }
     text += rule.blLog ? " log" : "";
     text += rule.table == usual.table ? "" : " table=" + rule.table;

@@ -19,10 +19,13 @@
 #define TESTS_SUPPORT_RULETEXT_H
 
 #include <string>
+#include <vector>
 
 #include "zamofirewall/ruleModel.h"
 
 namespace test {
+
+std::vector<std::string> split(const std::string& text, const std::string& separator);
 
 FW::FW_POLICY parsePolicy(const std::string& word);
 std::string policyText(FW::FW_POLICY policy);
@@ -32,7 +35,7 @@ bool isFirstWordOfRule(const std::string& word);
 // An unknown word throws. Chains are added to the two of a new rule.
 FW::FWRULE parseRule(const std::string& text);
 
-// Every field but the index.
+// Every field but the index, where it is not as in a new rule.
 std::string ruleText(const FW::FWRULE& rule);
 
 }  // namespace test

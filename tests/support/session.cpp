@@ -49,9 +49,7 @@ struct Word {
 // A command's arguments: single words, or all from one on as they stand.
 class Arguments {
   public:
-    explicit Arguments(const std::string& text) {
-        boost::split(words_, text, boost::is_any_of(" "));
-    }
+    explicit Arguments(const std::string& text) : words_(split(text, " ")) {}
     Word word(std::size_t index) const {
         const std::string& word = words_.at(index);
         return {word == "''" ? "" : word};
@@ -78,7 +76,12 @@ using Operation = std::function<std::string(const Arguments&)>;
 std::string show(bool result) { return result ? "true" : "false"; }
 std::string show(int result) { return std::to_string(result); }
 std::string show(const std::string& text) { return text.empty() ? "''" : text; }
-std::string show(const Texts& texts) { return "[" + boost::join(texts, "|") + "]"; }
+template <typename List>
+std::string showList(const List& texts) {
+    return "[" + boost::join(texts, "|") + "]";
+}
+std::string show(const Texts& texts) { return showList(texts); }
+std::string show(const std::set<std::string>& texts) { return showList(texts); }
 std::string show(const Json::Value& value) {
     return boost::trim_right_copy(Json::FastWriter().write(value));
 }
@@ -97,6 +100,9 @@ std::string show(const FWPROFILE& profile) {
         }
     }
     return text;
+}
+std::string show(const std::map<std::string, FWPROFILE>& profiles) {
+    return std::to_string(profiles.size());
 }
 template <typename Output>
 std::string show(bool result, const Output& output) {
@@ -119,20 +125,25 @@ Operation call(Result (Object::*member)(Parameters...)) {
                      std::index_sequence_for<Parameters...>());
 }
 
-// One that fills something.
-template <typename Output, typename Object>
-Operation fill(bool (Object::*member)(Output&)) {
-    return [member](const Arguments&) {
-        Output output{};
-        return (Object().*member)(output) ? show(true, output) : show(false);
+// One that fills something. What it leaves there when it fails is shown if it is not as before.
+template <typename Output, typename Function>
+Operation fill(Function function, const Output& before) {
+    return [function, before](const Arguments& a) {
+        Output output = before;
+        const bool result = function(a, output);
+        return result || show(output) != show(before) ? show(result, output) : show(result);
     };
 }
 template <typename Output, typename Object>
+Operation fill(bool (Object::*member)(Output&), const Output& before = {}) {
+    return fill([member](const Arguments&, Output& output) { return (Object().*member)(output); },
+                before);
+}
+template <typename Output, typename Object>
 Operation fill(bool (Object::*member)(const std::string&, Output&)) {
-    return [member](const Arguments& a) {
-        Output output{};
-        return (Object().*member)(a.word(0), output) ? show(true, output) : show(false);
-    };
+    return fill([member](const Arguments& a,
+                         Output& output) { return (Object().*member)(a.word(0), output); },
+                Output());
 }
 
 // A command that shows nothing.
@@ -145,11 +156,8 @@ Operation prepare(Action action) {
 // which those without an adapter are for that of the one before.
 FWPROFILE parseProfile(const std::string& text) {
     FWPROFILE profile;
-    Texts parts;
-    boost::iter_split(parts, text, boost::first_finder(", "));
-    Texts words;
-    boost::split(words, parts[0], boost::is_any_of(" "));
-    for (const std::string& word : words) {
+    Texts parts = split(text, ", ");
+    for (const std::string& word : split(parts[0], " ")) {
         const std::size_t equals = word.find('=');
         if (equals == std::string::npos) {
             profile.name += word;
@@ -232,13 +240,14 @@ std::string askService(const Arguments& a) {
     return result ? show(result, answers) : show(result);
 }
 
-std::string translate(bool established, const std::string& client, const FWPROFILE& profile) {
+// The usual lines are shown only for no profile.
+std::string translate(bool established, const std::string& client, const std::string& text) {
+    const FWPROFILE profile = parseProfile(text);
     Json::Value lines;
     const bool result = FW::ZAMOFW_IPTABLES_RULES().fwRulesToIptablesRules(
         established, profile.rules, profile.adapterPolicyMap, lines, client);
     Json::Value usual;
-    if (established || !client.empty() || !profile.rules.empty() ||
-        !profile.adapterPolicyMap.empty()) {
+    if (established || !text.empty()) {
         (void)FW::ZAMOFW_IPTABLES_RULES().fwRulesToIptablesRules(false, {}, {}, usual);
     }
     platform().events.clear();
@@ -247,7 +256,7 @@ std::string translate(bool established, const std::string& client, const FWPROFI
 
 // A rule of eth0: its lines alone.
 std::string translateRule(const Arguments& a) {
-    const std::string text = translate(false, "", parseProfile(", eth0 " + a.from(0)));
+    const std::string text = translate(false, "", ", eth0 " + a.from(0));
     return text == "true" ? "no line" : boost::erase_first_copy(text, "true | eth0 / ");
 }
 
@@ -273,27 +282,17 @@ std::string listCountries(const Arguments&) {
     return show(result, countries);
 }
 
-std::string listAdapters(const Arguments&) {
-    std::set<std::string> adapters = {"kept"};
-    const bool result = ZAMOFW().fwAdapterEnum(adapters);
-    return show(result, Texts(adapters.begin(), adapters.end()));
+bool jsonToProfile(const Arguments& a, FWPROFILE& profile) {
+    return ZAMOFW_JSON_DB().jsonToProfile(json(a.from(0)), profile);
 }
 
-std::string listModules(const Arguments& a) {
-    Texts modules = {"old"};
-    const bool result = ZAMO_IPTABLES_MODULES::iptablesModListGet(a.word(0), modules);
-    return show(result, modules);
-}
-
-std::string countProfiles(const Arguments&) {
-    std::map<std::string, FWPROFILE> profiles;
-    const bool result = ZAMOFW_PROFILE().profileEnum(profiles);
-    return show(result, static_cast<int>(profiles.size()));
+bool listModules(const Arguments& a, Texts& modules) {
+    return ZAMO_IPTABLES_MODULES::iptablesModListGet(a.word(0), modules);
 }
 
 const std::map<std::string, Operation> kOperations = {
     {"anew", prepare(startAnew)},
-    {"file", prepare([](const Arguments& a) { writeFile(a.path(), a.from(1) + "\n"); })},
+    {"file", prepare([](const Arguments& a) { writeFile(a.path(), a.from(1)); })},
     {"settings", prepare([](const Arguments& a) { writeFile(kSettings, a.from(0)); })},
     {"bytes",
      prepare([](const Arguments& a) { writeFile(a.path(), boost::algorithm::unhex(a.from(1))); })},
@@ -320,7 +319,7 @@ const std::map<std::string, Operation> kOperations = {
     {"fwClear", call(&ZAMOFW::fwClear)},
     {"cmdExec", call(&ZAMOFW::cmdExec)},
     {"fwExec", call(&ZAMOFW::fwExec)},
-    {"fwAdapterEnum", listAdapters},
+    {"fwAdapterEnum", fill(&ZAMOFW::fwAdapterEnum, {"kept"})},
     {"fwStatus", fill(&ZAMOFW::fwStatus)},
     {"fwProfileConfigGet", fill(&ZAMOFW::fwProfileConfigGet)},
     {"fwProfileConfigSet", call(&ZAMOFW::fwProfileConfigSet)},
@@ -331,15 +330,16 @@ const std::map<std::string, Operation> kOperations = {
     {"tryProfile", call<ZAMOFW, bool, std::string>(&ZAMOFW::TestApplyingProfile)},
     {"tryProfileFor",
      call<ZAMOFW, bool, std::string, const std::string&>(&ZAMOFW::TestApplyingProfile)},
-    {"translate", [](const Arguments& a) { return translate(false, "", parseProfile(a.from(0))); }},
+    {"translate", [](const Arguments& a) { return translate(false, "", a.from(0)); }},
     {"lines", translateRule},
-    {"translateFor",
-     [](const Arguments& a) { return translate(a.word(0), a.word(1), parseProfile(a.from(2))); }},
+    {"translateFor", [](const Arguments& a) { return translate(a.word(0), a.word(1), a.from(2)); }},
     {"profileEnum", fill<Texts, ZAMOFW_PROFILE>(&ZAMOFW_PROFILE::profileEnum)},
-    {"countProfiles", countProfiles},
+    {"countProfiles",
+     fill<std::map<std::string, FWPROFILE>, ZAMOFW_PROFILE>(&ZAMOFW_PROFILE::profileEnum)},
     {"profileMetaCreate", fill(&ZAMOFW_JSON_DB::profileMetaCreate)},
     {"profilePathGet", call(&ZAMOFW_JSON_DB::profilePathGet)},
     {"profileDbLoad", fill(&ZAMOFW_JSON_DB::profileDbLoad)},
+    {"jsonToProfile", fill(jsonToProfile, FWPROFILE())},
     {"profileGet", fill(&ZAMOFW_PROFILE::profileGet)},
     {"profileSet", call(&ZAMOFW_PROFILE::profileSet)},
     {"profileExist", call(&ZAMOFW_PROFILE::profileExist)},
@@ -359,7 +359,7 @@ const std::map<std::string, Operation> kOperations = {
     {"importConfig", call(&ZAMOFW_JSON_DB::importConfig)},
     {"isModuleLoad", call(ZAMO_IPTABLES_MODULES::isModuleLoad)},
     {"moduleInsert", call(ZAMO_IPTABLES_MODULES::moduleInsert)},
-    {"iptablesModListGet", listModules},
+    {"iptablesModListGet", fill(listModules, Texts{"old"})},
     {"ZAMOIptablesCodeModeLoad", call(ZAMOIptablesCodeModeLoad)},
     {"ZAMOIptablesCoreModUnload", call(ZAMOIptablesCoreModUnload)},
     {"ZAMOIptablesNATModLoad", call(ZAMOIptablesNATModLoad)},
@@ -384,10 +384,8 @@ void clearHost() {
 Session::Session() { clearHost(); }
 
 std::string Session::run(const std::string& commands) {
-    Texts parts;
-    boost::iter_split(parts, commands, boost::first_finder("; "));
     Texts outcomes;
-    for (const std::string& command : parts) {
+    for (const std::string& command : split(commands, "; ")) {
         const std::string outcome = runOne(command);
         if (!outcome.empty()) {
             outcomes.push_back(boost::replace_all_copy(outcome, kStore, "store/"));
@@ -398,14 +396,11 @@ std::string Session::run(const std::string& commands) {
 
 std::string Session::runOne(const std::string& command) {
     const std::size_t blank = command.find(' ');
-    const auto operation = kOperations.find(command.substr(0, blank));
-    if (operation == kOperations.end()) {
-        return "unknown command";
-    }
+    const Operation& operation = kOperations.at(command.substr(0, blank));
     std::string outcome;
     try {
         const Arguments arguments(blank == std::string::npos ? "" : command.substr(blank + 1));
-        outcome = operation->second(arguments);
+        outcome = operation(arguments);
     } catch (const boost::interprocess::interprocess_exception&) {
         outcome = "throws";
     }
