@@ -12,8 +12,6 @@
 namespace test {
 namespace {
 
-constexpr const char* kSync = "fsync()";
-
 bool inForce = false;
 std::string plannedPath;
 int callsLeft = 0;
@@ -45,10 +43,6 @@ void SystemCalls::beforeAccess(const std::string& path, int number, std::functio
     plannedAction = std::move(action);
 }
 
-void SystemCalls::beforeSync(std::function<void()> action) {
-    beforeAccess(kSync, 1, std::move(action));
-}
-
 long SystemCalls::takeSleep() { return slept - std::exchange(taken, slept); }
 
 }  // namespace test
@@ -75,6 +69,6 @@ ZAMO_EXPORT int access(const char* path, int mode) noexcept {
 
 ZAMO_EXPORT int fsync(int file) {
     static auto* const real = reinterpret_cast<decltype(&fsync)>(dlsym(RTLD_NEXT, "fsync"));
-    test::beforeCall(test::kSync);
+    test::beforeCall("fsync()");
     return real(file);
 }

@@ -1,5 +1,5 @@
-// Some system calls of the code under test: what happens just before them, and
-// a clock that is put forward instead of slept for.
+// Some system calls of the code under test: what happens just before them, and a clock that is put
+// forward instead of slept for.
 #ifndef TESTS_SUPPORT_SYSTEMCALLS_H
 #define TESTS_SUPPORT_SYSTEMCALLS_H
 
@@ -14,14 +14,12 @@ class SystemCalls {
     SystemCalls();
     ~SystemCalls();
 
-    // Runs the action once: before an access() of the path, the next one being
-    // number 1, or before the next fsync(). A new action replaces one that has
-    // not run.
+    // Runs the action once: before an access() of the path, the next one being number 1, or before
+    // the next fsync(). A new action replaces one that has not run.
     void beforeAccess(const std::string& path, int number, std::function<void()> action);
-    void beforeSync(std::function<void()> action);
+    void beforeSync(const std::function<void()>& action) { beforeAccess("fsync()", 1, action); }
 
-    // Seconds since the last call that were not really slept. Every sleep counts
-    // as one second.
+    // Seconds since the last call that were not really slept. Every sleep counts as one second.
     long takeSleep();
 };
 

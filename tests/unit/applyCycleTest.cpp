@@ -1,5 +1,4 @@
-// Running command lines, and what happens to a reload from outside while it is
-// under way.
+// Running command lines, and what happens to a reload from outside while it is under way.
 
 #include <gtest/gtest.h>
 
@@ -25,8 +24,7 @@ class ApplyCycle : public testing::Test {
   protected:
     ApplyCycle() { reset(); }
 
-    // An enabled firewall with one rule and loaded modules, and nothing in the
-    // kernel yet.
+    // An enabled firewall with one rule and loaded modules, and nothing in the kernel yet.
     void reset() {
         session_.run(
             "anew eth0; settings {\"status\": true, \"profile\": \"home\"};"
@@ -69,13 +67,11 @@ TEST_F(ApplyCycle, TakesLinesUpToTheirLimits) {
     const std::pair<std::string, std::string> rows[] = {
         {" /bin/x   -F  y", ran + "/bin/x -F y"},
         {"   ", tooLong},
-        // At most 255 words. The limit is checked at the empty word between two
-        // blanks too.
+        // At most 255 words. The limit is checked at the empty word between two blanks too.
         {words(255), ran + words(254) + "a"},
         {words(256), tooMany},
         {words(255) + "  ", tooMany},
-        // At most 1,024 bytes with the NUL of each word, of which none begins
-        // after the 1,022nd.
+        // At most 1,024 bytes with the NUL of each word, of which none begins after the 1,022nd.
         {std::string(1023, 'w'), ran + std::string(1023, 'w')},
         {std::string(1024, 'w'), tooLong},
         {std::string(1021, 'w') + " x", ran + std::string(1021, 'w') + " x"},
@@ -127,15 +123,14 @@ TEST_F(ApplyCycle, HoldsSignalsBackUntilThePoliciesAreOpen) {
             (void)std::signal(signal, SIG_DFL);
             ASSERT_GT(eventsAtDelivery[signal], 0U) << signal << throws;
             EXPECT_EQ(platform().events[eventsAtDelivery[signal] - 1],
-                      "/sbin/ip6tables -D FIREWALL_RELOADING -m state --state "
-                      "ESTABLISHED,RELATED "
+                      "/sbin/ip6tables -D FIREWALL_RELOADING -m state --state ESTABLISHED,RELATED "
                       "-j ACCEPT");
         }
     }
 }
 
-// An operation in a thread of its own, which pauses before one of its events.
-// Only one operation runs at a time.
+// An operation in a thread of its own, which pauses before one of its events. Only one operation
+// runs at a time.
 class Paused {
   public:
     Paused(const std::function<bool()>& operation, std::size_t pauseBefore) : left_(pauseBefore) {
@@ -171,9 +166,8 @@ class Paused {
 };
 thread_local Paused* Paused::current = nullptr;
 
-// The reload runs up to one of its events, a disable beside it up to one of its
-// own; then they go on, one after the other. This includes either of them
-// running whole inside the other.
+// The reload runs up to one of its events, a disable beside it up to one of its own; then they go
+// on, one after the other. This includes either of them running whole inside the other.
 TEST_F(ApplyCycle, EndsWithEmptyChainsWhereverADisableMeetsAReload) {
     const std::function<bool()> reload = [] { return ZAMOFW().fwReload(true); };
     const std::function<bool()> disable = [] { return ZAMOFW().fwDisable(); };

@@ -1,5 +1,4 @@
-// What the blocked queries make of rules; sessions/blockedQuery.txt has their
-// other cases.
+// What the blocked queries make of rules; sessions/blockedQuery.txt has their other cases.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -47,10 +46,9 @@ class BlockedQuery : public testing::Test {
     test::Session session_;
 };
 
-// A cell is what a rule leads to alone, before a rule with the policy 7, and
-// before one that allows: Allow, Deny, None, Partial or 7. Where the walk
-// stops, the three are equal; the rules that follow tell the working values,
-// which no answer shows, from each other.
+// A cell is what a rule leads to alone, before a rule with the policy 7, and before one that
+// allows: Allow, Deny, None, Partial or 7. Where the walk stops, the three are equal; the rules
+// that follow tell the working values, which no answer shows, from each other.
 TEST_F(BlockedQuery, WalksByTheTransitionTables) {
     const struct {
         std::string addresses;
@@ -77,8 +75,8 @@ TEST_F(BlockedQuery, WalksByTheTransitionTables) {
     }
 }
 
-// A rule that denies speaks of a query of which it covers a bit, another one
-// only of a query of which it covers all.
+// A rule that denies speaks of a query of which it covers a bit, another one only of a query of
+// which it covers all.
 TEST_F(BlockedQuery, ComparesPorts) {
     // A rule, queries, and for each the policies of the rules that speak of it.
     const std::array<std::string, 3> rows[] = {
@@ -117,7 +115,7 @@ TEST_F(BlockedQuery, ComparesPorts) {
     }
 }
 
-TEST_F(BlockedQuery, AsksTheRulesForEveryAdapterFirst) {
+TEST_F(BlockedQuery, AsksTheRulesForEveryAdapterFirstAndForEveryPortOfAService) {
     const std::array<std::string, 3> rows[] = {
         {", global allow any, eth2 deny any", "''", "eth0=allow eth1=allow global=allow"},
         {", global deny any, eth2 allow any", "eth0", "eth0=deny global=deny"},
@@ -137,31 +135,22 @@ TEST_F(BlockedQuery, AsksTheRulesForEveryAdapterFirst) {
         {", eth2 deny any", "''", "eth0=deny eth1=allow eth2=deny global=none"},
         {"", "eth2", "eth2=allow global=none"},
         {", global deny any some, eth2 allow any", "eth3", "eth3=allow global=partial"},
+        // The most severe answer of the ports 80 and 443 is a service's.
+        {", eth1 deny ports 80", "eth1 web", "eth1=deny global=none"},
+        {", eth1 deny ports 443 some", "eth1 web", "eth1=partial global=none"},
+        {", eth1 deny ports 80 some, eth1 deny ports 443", "eth1 web", "eth1=deny global=none"},
+        {", eth1 deny ports 80, eth1 deny ports 443 some", "eth1 web", "eth1=deny global=none"},
+        {", eth0 none ports 80, eth0 allow ports 443", "eth0 web", "eth0=allow global=none"},
+        {", eth0 allow ports 80, eth0 none ports 443", "eth0 web", "eth0=allow global=none"},
+        {" eth2=none, eth2 7 ports 80", "eth2 web", "eth2=7 global=none"},
+        {" eth2=none, eth2 7 ports 443", "eth2 web", "eth2=none global=none"},
     };
-    for (const auto& [rules, adapter, answers] : rows) {
-        EXPECT_EQ(
-            ask("eth0=deny eth1=allow global=none" + rules, "fwPortIsBlocked " + adapter + " 22"),
-            "true " + answers)
-            << rules << adapter;
-    }
-}
-
-TEST_F(BlockedQuery, TakesTheMostSevereAnswerForAService) {
-    const char* const rows[][2] = {
-        {"eth0=allow, eth0 deny ports 80", "deny"},
-        {"eth0=allow, eth0 deny ports 443", "deny"},
-        {"eth0=allow, eth0 deny ports 80 some, eth0 deny ports 443", "deny"},
-        {"eth0=allow, eth0 deny ports 80, eth0 deny ports 443 some", "deny"},
-        {"eth0=allow, eth0 deny ports 443 some", "partial"},
-        {"eth0=deny, eth0 none ports 80, eth0 allow ports 443", "allow"},
-        {"eth0=deny, eth0 allow ports 80, eth0 none ports 443", "allow"},
-        {"eth0=none, eth0 7 ports 80", "7"},
-        {"eth0=none, eth0 7 ports 443", "none"},
-    };
-    for (const auto& [profile, expected] : rows) {
-        EXPECT_EQ(ask(profile, "fwServIsBlocked eth0 web"),
-                  std::string("true eth0=") + expected + " global=none")
-            << profile;
+    for (const auto& [rules, query, answers] : rows) {
+        const bool isService = query.find(" web") != std::string::npos;
+        EXPECT_EQ(ask("eth0=deny eth1=allow global=none" + rules,
+                      isService ? "fwServIsBlocked " + query : "fwPortIsBlocked " + query + " 22"),
+                  "true " + answers)
+            << rules << query;
     }
 }
 

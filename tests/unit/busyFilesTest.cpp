@@ -1,5 +1,5 @@
-// What other processes and threads do to the files in the middle of an
-// operation, and files that cannot be opened just now.
+// What other processes and threads do to the files in the middle of an operation, and files that
+// cannot be opened just now.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

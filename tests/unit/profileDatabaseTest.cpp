@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/ruleText.h"
 #include "tests/support/store.h"
 #include "zamofirewall/profile.h"
 
@@ -17,45 +18,26 @@ class ProfileDatabase : public testing::Test {
     FW::ZAMOFW_JSON_DB db_;
 };
 
-TEST_F(ProfileDatabase, WritesAndReadsEveryFieldOfARule) {
-    const FWRULE rule = {7,
-                         false,
-                         11,
-                         static_cast<FW::FW_POLICY>(12),
-                         true,
-                         {"z", "a"},
-                         "Service",
-                         "mangle",
-                         {"A", "FORWARD_FIREWALL", "INPUT_FIREWALL"},
-                         13,
-                         14,
-                         15,
-                         {"10.0.0.2", "10.0.0.1"},
-                         16,
-                         17,
-                         18,
-                         {"22", "6000-6010"}};
+TEST_F(ProfileDatabase, ReadsAndWritesEveryFieldOfARule) {
+    const Json::Value document = test::json(
+        "{'eth0': [{'adapterDirect': 11, 'blLog': true, 'chainList': ['A', 'FORWARD_FIREWALL',"
+        " 'INPUT_FIREWALL'], 'enable': false, 'ipDirect': 14, 'ipGroup': 15, 'ipList': ['10.0.0.2',"
+        " '10.0.0.1'], 'ipType': 13, 'labelList': ['z', 'a'], 'name': 'N', 'policy': 12,"
+        " 'portDirect': 16, 'portGroup': 17, 'portList': ['22', '90-99'], 'protocol': 18,"
+        " 'ruleIndex': 0, 'table': 'mangle'}]}");
+    std::map<std::string, std::vector<FWRULE>> rules;
+    ASSERT_TRUE(db_.jsonToRuleList(document, rules));
+    EXPECT_EQ(test::ruleText(rules["eth0"].at(0)),
+              "off 12 services 22,90-99 portGroup=17 protocol=18 portDirect=16"
+              " host 10.0.0.2,10.0.0.1 ipGroup=15 ipDirect=14 ipType=13 adapterDirect=11 log"
+              " table=mangle chains=A,FORWARD_FIREWALL,INPUT_FIREWALL name=N labels=z,a");
     // Does not compile when the rule gets another field.
-    [[maybe_unused]] const auto& [a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q] = rule;
+    auto& [index, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q] = rules["eth0"].at(0);
+    index = 7;
+    rules["eth1"] = {};
     Json::Value written;
-    db_.ruleListToJson({{"eth0", {FWRULE(), rule}}, {"eth1", {}}}, written);
-    EXPECT_EQ(written.getMemberNames(), std::vector<std::string>{"eth0"});
-    EXPECT_EQ(written["eth0"][1],
-              test::json("{'adapterDirect': 11, 'blLog': true, 'chainList': ['A', "
-                         "'FORWARD_FIREWALL', 'INPUT_FIREWALL'], 'enable': false, 'ipDirect': "
-                         "14, "
-                         "'ipGroup': 15, 'ipList': ['10.0.0.2', '10.0.0.1'], 'ipType': 13, "
-                         "'labelList': ['z', 'a'], 'name': 'Service', 'policy': 12, "
-                         "'portDirect': "
-                         "16, 'portGroup': 17, 'portList': ['22', '6000-6010'], 'protocol': "
-                         "18, "
-                         "'ruleIndex': 1, 'table': 'mangle'}"));
-
-    std::map<std::string, std::vector<FWRULE>> read;
-    ASSERT_TRUE(db_.jsonToRuleList(written, read));
-    Json::Value again;
-    db_.ruleListToJson(read, again);
-    EXPECT_EQ(again, written);
+    db_.ruleListToJson(rules, written);
+    EXPECT_EQ(written, document);
 }
 
 TEST_F(ProfileDatabase, AddsWhatADocumentHasToTheProfile) {
@@ -98,8 +80,7 @@ TEST_F(ProfileDatabase, TakesOnlyNamesThatCanBeReadBack) {
     FWPROFILE profile;
     profile.name = "home";
     test::writeProfile("1.json", profile);
-    // Neither a settings file with a name nor one without room for a lock file is
-    // a profile.
+    // Neither a settings file with a name nor one without room for a lock file is a profile.
     test::writeFile(test::kSettings, "{\"name\": \"settings\", \"profile\": \"home\"}");
     test::writeProfile(std::string(246, 'd') + ".json", profile);
     const auto names = [this] {

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 
 #include "tests/support/fakePlatform.h"
 #include "tests/support/ruleText.h"
@@ -41,6 +41,11 @@ TEST_F(Translation, MakesNoLineWithoutAChainAndNoTargetWithoutAVerdict) {
     FW::FWRULE rule = test::parseRule("none ports 22");
     rule.chainList = {"INPUT_FIREWALL"};
     translator_.iptablesRulesInit(args_);
+    // The set keeps the interface that it has.
+    EXPECT_TRUE(translator_.adapterToIptablesArg("eth0", rule, args_));
+    EXPECT_TRUE(translator_.adapterToIptablesArg("eth1", rule, args_));
+    EXPECT_EQ(args_["adapter"], test::json("['-i eth0']"));
+    args_["adapter"].clear();
     translator_.jIptablesCmdInit(commands_);
     EXPECT_TRUE(translator_.FwRuleToIptablesArg("global", rule, args_));
     EXPECT_EQ(args_["ip"], test::json("{'v4': [''], 'v6': ['']}"));
@@ -56,10 +61,8 @@ TEST_F(Translation, MakesNoLineWithoutAChainAndNoTargetWithoutAVerdict) {
 TEST_F(Translation, TellsFamiliesByTextAndChecksTypesWhereTheyAreUsed) {
     const FW::FWRULE rule = test::parseRule("allow any v46");
     args_ = test::json(
-        "{'table': ['-t a'], 'chain': ['-A b'], 'adapter': [''], "
-        "'ip': {'v4': [''], 'v6': ['']},"
-        " 'port': ['-p icmp ', '-p icmpv6 ', '-p icmp'], "
-        "'policy': ['-j C', '-j D']}");
+        "{'table': ['-t a'], 'chain': ['-A b'], 'adapter': [''], 'ip': {'v4': [''], 'v6': ['']},"
+        " 'port': ['-p icmp ', '-p icmpv6 ', '-p icmp'], 'policy': ['-j C', '-j D']}");
     const Json::Value expected = test::json(
         "{'v4': {'x': ['-t a -A b -p icmp  -j C', '-t a -A b -p icmp -j C']},"
         " 'v6': {'x': ['-t a -A b -p icmpv6  -j C', '-t a -A b -p icmp -j C']}}");
@@ -79,13 +82,6 @@ TEST_F(Translation, TellsFamiliesByTextAndChecksTypesWhereTheyAreUsed) {
     EXPECT_EQ(commands_, expected);
 }
 
-TEST_F(Translation, KeepsTheInterfaceOfAnArgumentSet) {
-    for (const char* adapter : {"eth0", "eth1", "global"}) {
-        EXPECT_TRUE(translator_.adapterToIptablesArg(adapter, FW::FWRULE(), args_));
-    }
-    EXPECT_EQ(args_, test::json("{'adapter': ['-i eth0', '']}"));
-}
-
 TEST_F(Translation, TakesEveryKindOfTextAsAClientAndOnlyABoolAsTheFlag) {
     session_.run("profile 1 home eth0=deny");
     const auto listFor = [](auto argument) {
@@ -93,24 +89,23 @@ TEST_F(Translation, TakesEveryKindOfTextAsAClientAndOnlyABoolAsTheFlag) {
         EXPECT_TRUE(FW::ZAMOFW().fwIptablesRulesEnum("home", list, argument));
         return list;
     };
-    (void)setenv("CLIENT", "10.0.0.9", 1);
-    const Json::Value forClient = listFor(std::string("10.0.0.9"));
+    std::string client = "10.0.0.9";
+    const char* const nobody = nullptr;
+    const Json::Value forClient = listFor(client);
     const Json::Value forNobody = listFor(std::string());
     EXPECT_NE(forClient, forNobody);
-    EXPECT_EQ(listFor(std::getenv("CLIENT")), forClient);
-    EXPECT_EQ(listFor("10.0.0.9"), forClient);
-    EXPECT_EQ(listFor(std::getenv("NO_SUCH_VARIABLE")), forNobody);
+    EXPECT_EQ(listFor(client.data()), forClient);
+    EXPECT_EQ(listFor(client.c_str()), forClient);
+    EXPECT_EQ(listFor(nobody), forNobody);
     EXPECT_EQ(listFor(true), forNobody);
     EXPECT_NE(listFor(false), forNobody);
-
     // Not through a parameter, which would turn the array into a pointer.
     EXPECT_TRUE(FW::ZAMOFW().fwIptablesRulesEnum("home", commands_, "10.0.0.9"));
     EXPECT_EQ(commands_, forClient);
 }
 
-// Prints a character at a time. Before each of them, and before the end, a
-// signal interrupts the read, as one does whose handler was installed without
-// SA_RESTART.
+// Prints a character at a time. Before each of them, and before the end, a signal interrupts the
+// read, as one does whose handler was installed without SA_RESTART.
 struct InterruptedText {
     std::string text;
     int error;
@@ -160,9 +155,7 @@ TEST_F(Translation, ReadsCountryRangesAcrossChunks) {
     EXPECT_EQ(session_.run("countryIPGet XX 4"), v4 + " | 0.0.0.2-0.0.0.3");
     const std::string v6 = session_.run("countryIPGet XX 6");
     EXPECT_EQ(v6.substr(v6.rfind("|")),
-              "| "
-              "0000:0002:0000:0003:0000:0000:0000:0000-0000:0000:0000:0000:0000:"
-              "0000:0000:0000");
+              "| 0000:0002:0000:0003:0000:0000:0000:0000-0000:0000:0000:0000:0000:0000:0000:0000");
 }
 
 }  // namespace
