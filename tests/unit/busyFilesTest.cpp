@@ -121,6 +121,24 @@ TEST_F(SharedFiles, StayWholeAmongProcessesAndThreadsThatLeaveNothingBehind) {
     EXPECT_EQ(test::namesIn(kLocks).size(), names.size());
 }
 
+TEST_F(SharedFiles, AreReadAndWrittenByOneThreadAtATime) {
+    const auto use = [] {
+        const std::string text(20000, 'x');
+        bool done = true;
+        for (int round = 0; round < 100 && done; ++round) {
+            Json::Value value;
+            done = FW::jsonFileDump(text, kFirst) && FW::jsonFileLoad(value, kFirst) &&
+                   value.asString() == text;
+        }
+        return done;
+    };
+    auto first = std::async(std::launch::async, use);
+    auto second = std::async(std::launch::async, use);
+    EXPECT_TRUE(use());
+    EXPECT_TRUE(first.get());
+    EXPECT_TRUE(second.get());
+}
+
 class BusyFiles : public SharedFiles {
   protected:
     // What every look through the directory says about the locked file, and more.
