@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
 #include <random>
 
 #include "tests/support/processes.h"
@@ -14,11 +13,7 @@
 
 namespace {
 
-using FW::FW_POLICY_ALLOW;
-using FW::FW_POLICY_DENY;
-using FW::FWPROFILE;
-using FW::FWRULE;
-using Lines = std::vector<std::string>;
+using namespace FW;
 
 class RealFirewall : public testing::Test {
   protected:
@@ -28,23 +23,20 @@ class RealFirewall : public testing::Test {
             "ip link add eth0 type veth peer name eth0 netns neighbour;"
             "ip addr add 10.1.0.1/24 dev eth0; ip -n neighbour addr add 10.1.0.2/24 dev eth0;"
             "ip link set eth0 up; ip -n neighbour link set eth0 up");
-        for (const auto& entry : std::filesystem::directory_iterator(test::kStore)) {
-            std::filesystem::remove_all(entry.path());
-        }
-        store({{"eth0", {}}}, {{"eth0", FW_POLICY_ALLOW}});
+        test::shell(std::string("rm -r ") + test::kStore + "*");
+        store({}, FW_POLICY_ALLOW);
         test::writeSettings(false, "home");
     }
     ~RealFirewall() override {
-        EXPECT_TRUE(FW::ZAMOFW().fwDisable());
+        EXPECT_TRUE(ZAMOFW().fwDisable());
         test::shell("ip link del eth0; ip netns del neighbour");
     }
 
-    static void store(std::map<std::string, std::vector<FWRULE>> rules,
-                      std::map<std::string, FW::FW_POLICY> policies) {
+    static void store(const std::vector<FWRULE>& rules, FW_POLICY policy) {
         FWPROFILE profile;
         profile.name = "home";
-        profile.rules = std::move(rules);
-        profile.adapterPolicyMap = std::move(policies);
+        profile.rules["eth0"] = rules;
+        profile.adapterPolicyMap["eth0"] = policy;
         test::writeProfile("1.json", profile);
     }
 
@@ -52,7 +44,7 @@ class RealFirewall : public testing::Test {
 
     static bool isEnabled() {
         bool enabled = false;
-        EXPECT_TRUE(FW::ZAMOFW().fwStatus(enabled));
+        EXPECT_TRUE(ZAMOFW().fwStatus(enabled));
         return enabled;
     }
 
@@ -65,12 +57,15 @@ class RealFirewall : public testing::Test {
             "  [ $? = 124 ] || echo $port) & done | sort");
     }
 
-    // Expects that all of them succeed.
-    static void expectSuccess(std::vector<pid_t>& processes) {
+    // Runs all of them at the same time, in processes of their own.
+    static void expectSuccess(const std::vector<std::function<bool()>>& actions) {
+        std::vector<pid_t> processes;
+        for (const auto& action : actions) {
+            processes.push_back(test::startProcess([&action] { return action() ? 0 : 1; }));
+        }
         for (const pid_t process : processes) {
             EXPECT_EQ(test::waitFor(process), 0);
         }
-        processes.clear();
     }
 
     test::SystemLog log_;
@@ -83,27 +78,28 @@ TEST_F(RealFirewall, AnswersQueriesAsTheKernelDecides) {
     };
     for (int round = 0; round < 4; ++round) {
         // Rules for every address, so that the query has no third answer.
-        std::map<std::string, std::vector<FWRULE>> rules;
+        std::vector<FWRULE> rules;
         for (int i = 0; i < 12; ++i) {
-            const FW::FW_POLICY policy = random() % 2 == 0 ? FW_POLICY_ALLOW : FW_POLICY_DENY;
-            const std::string port =
-                oneOf({"21", "22-25", "30-39", "33", "53", "40-45", "44-59", "20"});
-            FWRULE rule = random() % 3 == 0
-                              ? test::serviceRule(policy, {oneOf({"ssh", "smtp", "telnet"})})
-                              : test::portRule(policy, {port, oneOf({"57", "28", "50-51"})});
-            rule.protocol = random() % 4 == 0 ? FW::FW_PROTOCOL_BOTH : FW::FW_PROTOCOL_TCP;
+            const FW_POLICY policy = random() % 2 == 0 ? FW_POLICY_ALLOW : FW_POLICY_DENY;
+            const auto ports = {oneOf({"20", "21", "22-25", "30-39", "33", "40-45", "44-59", "53"}),
+                                oneOf({"57", "28", "50-51"})};
+            FWRULE rule = test::portRule(policy, ports);
+            if (random() % 3 == 0) {
+                rule = test::serviceRule(policy, {oneOf({"ssh", "smtp", "telnet"})});
+            }
+            rule.protocol = random() % 4 == 0 ? FW_PROTOCOL_BOTH : FW_PROTOCOL_TCP;
             rule.enable = random() % 5 != 0;
-            rules["eth0"].push_back(rule);
+            rules.push_back(rule);
         }
-        store(rules, {{"eth0", random() % 2 == 0 ? FW_POLICY_ALLOW : FW_POLICY_DENY}});
-        ASSERT_TRUE(FW::ZAMOFW().fwEnable());
+        store(rules, random() % 2 == 0 ? FW_POLICY_ALLOW : FW_POLICY_DENY);
+        ASSERT_TRUE(ZAMOFW().fwEnable());
 
         std::string allowed;
         for (int port = 20; port < 60; ++port) {
-            std::map<std::string, FW::FW_POLICY> result;
-            FW::PortCompareST query;
+            std::map<std::string, FW_POLICY> result;
+            PortCompareST query;
             query.port = std::to_string(port);
-            ASSERT_TRUE(FW::ZAMOFW().fwPortIsBlocked(query, "eth0", result));
+            ASSERT_TRUE(ZAMOFW().fwPortIsBlocked(query, "eth0", result));
             allowed += result["eth0"] == FW_POLICY_ALLOW ? std::to_string(port) + '\n' : "";
         }
         EXPECT_EQ(answeringPorts(), allowed) << listed();
@@ -111,53 +107,45 @@ TEST_F(RealFirewall, AnswersQueriesAsTheKernelDecides) {
 }
 
 TEST_F(RealFirewall, ServesSeveralProcessesAtOnce) {
-    store({{"eth0", {test::portRule(FW_POLICY_ALLOW, {"22"})}}}, {{"eth0", FW_POLICY_DENY}});
-    ASSERT_TRUE(FW::ZAMOFW().fwEnable());
+    store({test::portRule(FW_POLICY_ALLOW, {"22"})}, FW_POLICY_DENY);
+    ASSERT_TRUE(ZAMOFW().fwEnable());
     const std::string rules = listed();
-    std::vector<pid_t> children;
-    for (int process = 0; process < 3; ++process) {
-        children.push_back(test::startProcess(
-            [] { return FW::ZAMOFW().fwReload(true) && FW::ZAMOFW().fwReload(true) ? 0 : 1; }));
-        // Queries read the files, so a running reload does not change the answers.
-        children.push_back(test::startProcess([] {
-            for (int i = 0; i < 50; ++i) {
-                if (ZAMOFwPortsCheckAllowByAdapter("eth0", "ssh") != 1 ||
-                    ZAMOFwPortsCheckAllowByAdapter("eth0", "http") != 0) {
-                    return 1;
-                }
-            }
-            return 0;
-        }));
-    }
-    expectSuccess(children);
+    const auto reload = [] { return ZAMOFW().fwReload(true) && ZAMOFW().fwReload(true); };
+    // Queries read the files, so a running reload does not change the answers.
+    const auto query = [] {
+        int wrong = 0;
+        for (int i = 0; i < 50; ++i) {
+            wrong += ZAMOFwPortsCheckAllowByAdapter("eth0", "ssh") == 1 ? 0 : 1;
+            wrong += ZAMOFwPortsCheckAllowByAdapter("eth0", "http") == 0 ? 0 : 1;
+        }
+        return wrong == 0;
+    };
+    expectSuccess({reload, query, reload, query, reload, query});
     EXPECT_EQ(listed(), rules) << "no line of one reload among those of another";
 
-    for (const std::string service : {"ssh", "http", "ftp"}) {
-        children.push_back(test::startProcess([service] {
-            for (int i = 0; i < 20; ++i) {
-                if (VLIBFwRuleReserveServInsert(service.c_str(), i % 2, 0) != 0) {
-                    return 1;
-                }
-            }
-            return 0;
-        }));
-    }
-    expectSuccess(children);
+    const auto reserve = [](const char* service) {
+        bool good = true;
+        for (int i = 0; i < 20; ++i) {
+            good = good && VLIBFwRuleReserveServInsert(service, i % 2, 0) == 0;
+        }
+        return good;
+    };
+    expectSuccess({[&] { return reserve("ssh"); }, [&] { return reserve("http"); },
+                   [&] { return reserve("ftp"); }});
     FWPROFILE profile;
-    EXPECT_TRUE(FW::ZAMOFW_PROFILE().profileGet("home", profile)) << "every file is whole";
-    EXPECT_EQ(log_.take(), Lines{});
+    EXPECT_TRUE(ZAMOFW_PROFILE().profileGet("home", profile)) << "every file is whole";
+    EXPECT_EQ(log_.take(), std::vector<std::string>());
 }
 
 TEST_F(RealFirewall, OpensThePoliciesBeforeASignalEndsAReload) {
-    store({{"eth0", std::vector<FWRULE>(40, test::portRule(FW_POLICY_ALLOW, {"22"}))}},
-          {{"eth0", FW_POLICY_DENY}});
-    ASSERT_TRUE(FW::ZAMOFW().fwEnable());
+    store(std::vector<FWRULE>(40, test::portRule(FW_POLICY_ALLOW, {"22"})), FW_POLICY_DENY);
+    ASSERT_TRUE(ZAMOFW().fwEnable());
     // Nearly all of a reload's time is spent behind closed policies, so most signals meet them.
     for (const useconds_t delay : {100000U, 137000U, 211000U, 283000U}) {
         (void)std::signal(SIGINT, SIG_DFL);
         const pid_t reloader = test::startProcess([] {
             (void)setpgid(0, 0);
-            while (FW::ZAMOFW().fwReload(true)) {
+            while (ZAMOFW().fwReload(true)) {
             }
             return 1;
         });
@@ -170,13 +158,12 @@ TEST_F(RealFirewall, OpensThePoliciesBeforeASignalEndsAReload) {
         }
         EXPECT_TRUE(isEnabled());
     }
-    EXPECT_EQ(log_.take(), Lines{});
+    EXPECT_EQ(log_.take(), std::vector<std::string>());
 }
 
 TEST_F(RealFirewall, SwitchesItselfOffWhenIptablesRefusesALine) {
-    store({{"eth0", {test::portRule(FW_POLICY_DENY, {"no-such-port"})}}},
-          {{"eth0", FW_POLICY_DENY}});
-    EXPECT_FALSE(FW::ZAMOFW().fwEnable());
+    store({test::portRule(FW_POLICY_DENY, {"no-such-port"})}, FW_POLICY_DENY);
+    EXPECT_FALSE(ZAMOFW().fwEnable());
     EXPECT_FALSE(isEnabled());
     EXPECT_EQ(answeringPorts(), test::shell("seq 20 59"));
     EXPECT_EQ(listed().find("ESTABLISHED"), std::string::npos) << listed();

@@ -16,10 +16,6 @@ class KeyValueFile : public testing::Test {
     static bool has(const std::string& path, const char* value) {
         return VLIBCFileCheckKeyValue(path.c_str(), "k", value, 0) != 0;
     }
-    // What stat tells about the file, in one line.
-    std::string properties(const std::string& format) const {
-        return shell("stat -c '" + format + "' " + path_ + " | tr -d '\\n'");
-    }
     // The command plants a file that may be neither read nor kept.
     static void expectUntrusted(const std::string& plant) {
         const std::string path = "/tmp/kv/everybodys/file";
@@ -85,10 +81,10 @@ TEST_F(KeyValueFile, ReadsOneValue) {
 TEST_F(KeyValueFile, KeepsTheModeAndTheLimit) {
     const mode_t mask = umask(0077);
     EXPECT_EQ(set(path_, "k", "v"), 0);
-    EXPECT_EQ(properties("%a"), "644");
+    EXPECT_EQ(shell("stat -c %a /tmp/kv/file"), "644\n");
     shell("chmod 2660 /tmp/kv/file");
     EXPECT_EQ(set(path_, "k", "w"), 0);
-    EXPECT_EQ(properties("%a"), "2660");
+    EXPECT_EQ(shell("stat -c %a /tmp/kv/file"), "2660\n");
     umask(mask);
 
     const std::string longest = std::string(1024 * 1024 - 4, '#') + "\nk=v";
@@ -120,7 +116,7 @@ TEST_F(KeyValueFile, MindsTheOwner) {
 
     shell("cd /tmp/kv; : >file; chown 4711:4712 file");
     EXPECT_EQ(set(path_, "k", "v"), 0) << "nobody else may write to this directory";
-    EXPECT_EQ(properties("%u:%g"), "4711:4712");
+    EXPECT_EQ(shell("stat -c %u:%g /tmp/kv/file"), "4711:4712\n");
 }
 
 TEST_F(KeyValueFile, TellsTheMachinesFeatures) {
