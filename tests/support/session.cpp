@@ -125,13 +125,16 @@ Operation call(Result (Object::*member)(Parameters...)) {
                      std::index_sequence_for<Parameters...>());
 }
 
-// One that fills something. What it leaves there when it fails is shown if it is not as before.
+// One that fills something. When it fails, only what it changed of `before` is shown.
 template <typename Output, typename Function>
 Operation fill(Function function, const Output& before) {
     return [function, before](const Arguments& a) {
         Output output = before;
-        const bool result = function(a, output);
-        return result || show(output) != show(before) ? show(result, output) : show(result);
+        if (function(a, output)) {
+            return show(true, output);
+        }
+        const bool isKept = show(before) == show(Output()) || show(before) == show(output);
+        return isKept ? show(false) : show(false, output);
     };
 }
 template <typename Output, typename Object>
