@@ -1,0 +1,28 @@
+// What a check finds in a document.
+#ifndef COMMAND_DOCUMENT_FINDING_H
+#define COMMAND_DOCUMENT_FINDING_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace zamofw {
+
+enum class Severity { kError, kWarning };
+
+struct Finding {
+    Severity severity = Severity::kError;
+    std::string kind;      // "unknown-member", ...; the list is fixed
+    std::string file;      // the path, or "-" for standard input
+    std::size_t line = 1;  // both counted from 1, in characters
+    std::size_t column = 1;
+    std::string path;     // JSON pointer
+    std::string message;  // what is wrong
+    std::string remedy;   // what to do about it
+};
+
+using Findings = std::vector<Finding>;
+
+}  // namespace zamofw
+
+#endif

@@ -1,0 +1,55 @@
+#include "command/document/findingText.h"
+
+#include <json/value.h>
+#include <json/writer.h>
+
+#include "command/document/check.h"
+
+namespace zamofw {
+namespace {
+
+const char* wordOf(Severity severity) {
+    return severity == Severity::kError ? "error" : "warning";
+}
+
+Json::Value toJson(const Finding& finding) {
+    Json::Value json(Json::objectValue);
+    json["severity"] = wordOf(finding.severity);
+    json["kind"] = finding.kind;
+    json["file"] = finding.file;
+    json["line"] = static_cast<Json::UInt64>(finding.line);
+    json["column"] = static_cast<Json::UInt64>(finding.column);
+    json["path"] = finding.path;
+    json["message"] = finding.message;
+    json["remedy"] = finding.remedy;
+    return json;
+}
+
+}  // namespace
+
+std::string findingsJson(const Findings& findings) {
+    Json::Value answer(Json::objectValue);
+    answer["ok"] = !hasError(findings);
+    answer["findings"] = Json::arrayValue;
+    for (const Finding& finding : findings) {
+        answer["findings"].append(toJson(finding));
+    }
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    return Json::writeString(builder, answer);
+}
+
+std::string findingsText(const Findings& findings) {
+    std::string text;
+    for (const Finding& finding : findings) {
+        text += finding.file + ':' + std::to_string(finding.line) + ':' +
+                std::to_string(finding.column) + ": " + wordOf(finding.severity) + ": " +
+                finding.message + " [" + finding.kind + "]\n";
+        if (!finding.remedy.empty()) {
+            text += "    " + finding.remedy + '\n';
+        }
+    }
+    return text;
+}
+
+}  // namespace zamofw

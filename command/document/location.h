@@ -1,0 +1,30 @@
+// The way from the root of a document to one of its values.
+#ifndef COMMAND_DOCUMENT_LOCATION_H
+#define COMMAND_DOCUMENT_LOCATION_H
+
+#include <cstddef>
+#include <string>
+
+namespace zamofw {
+
+// One step, which knows the step before it: a chain on the stack, so that a way costs nothing until
+// somebody asks for it as text. A step must not outlive its parent and its name.
+class Location {
+  public:
+    Location() = default;  // the root
+    Location(const Location& parent, const std::string& name) : parent_(&parent), name_(&name) {}
+    Location(const Location& parent, std::size_t index) : parent_(&parent), index_(index) {}
+    Location(const Location&, std::string&&) = delete;
+
+    // As JSON pointer: "/rules/eth0/2/policy".
+    [[nodiscard]] std::string pointer() const;
+
+  private:
+    const Location* parent_ = nullptr;
+    const std::string* name_ = nullptr;  // null for an element of a list
+    std::size_t index_ = 0;
+};
+
+}  // namespace zamofw
+
+#endif

@@ -1,0 +1,28 @@
+#include "command/words/plainText.h"
+
+#include <rapidjson/encodings.h>
+#include <rapidjson/stream.h>
+
+namespace zamofw {
+namespace {
+
+// NUL and its kin, DEL, and the second row of control characters, which some terminals obey.
+bool isControl(unsigned code) {
+    return code < 0x20 || (code >= 0x7F && code < 0xA0);
+}
+
+}  // namespace
+
+bool isPlainText(const std::string& text) {
+    // The stream has no end but a NUL, at which the text's own end is told from one inside it.
+    rapidjson::StringStream stream(text.c_str());
+    while (stream.Tell() < text.size()) {
+        unsigned code = 0;
+        if (!rapidjson::UTF8<>::Decode(stream, &code) || isControl(code)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace zamofw

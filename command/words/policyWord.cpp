@@ -1,0 +1,38 @@
+#include "command/words/policyWord.h"
+
+#include <array>
+
+namespace zamofw {
+namespace {
+
+struct PolicyWord {
+    const char* word;
+    FW::FW_POLICY policy;
+};
+constexpr std::array<PolicyWord, 3> kPolicyWords = {{
+    {"allow", FW::FW_POLICY_ALLOW},
+    {"deny", FW::FW_POLICY_DENY},
+    {"none", FW::FW_POLICY_NONE},
+}};
+
+}  // namespace
+
+std::optional<FW::FW_POLICY> policyFromWord(const std::string& word) {
+    for (const PolicyWord& row : kPolicyWords) {
+        if (word == row.word) {
+            return row.policy;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> wordOfPolicy(FW::FW_POLICY policy) {
+    for (const PolicyWord& row : kPolicyWords) {
+        if (policy == row.policy) {
+            return row.word;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace zamofw
