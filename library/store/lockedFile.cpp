@@ -21,8 +21,8 @@ constexpr std::chrono::seconds kLockTimeout(30);
 // A bare yield would burn the processor that the holder of the lock needs.
 constexpr std::chrono::milliseconds kRetryInterval(1);
 
-std::timed_mutex& turns() {
-    static std::timed_mutex mutex;
+std::mutex& turns() {
+    static std::mutex mutex;
     return mutex;
 }
 
@@ -44,7 +44,7 @@ bool tryRecordLock(int file) {
 
 std::string getLockFile(const std::string& path) {
     std::string lockPath = lockPathOf(path);
-    const std::lock_guard<std::timed_mutex> turn(turns());
+    const std::lock_guard<std::mutex> turn(turns());
     makeLockFile(lockPath);
     return lockPath;
 }
@@ -53,14 +53,14 @@ bool LockedFile::lock(const std::string& dataPath) {
     const auto deadline = std::chrono::steady_clock::now() + kLockTimeout;
     lockPath_ = lockPathOf(dataPath);
     do {
-        turn_ = std::unique_lock<std::timed_mutex>(turns(), deadline);
+        turn_ = std::unique_lock<std::mutex>(turns(), std::try_to_lock);
         if (turn_ && tryLock()) {
             return true;
         }
         turn_ = {};
         std::this_thread::sleep_for(kRetryInterval);
     } while (std::chrono::steady_clock::now() < deadline);
-    turn_ = std::unique_lock<std::timed_mutex>(turns());
+    turn_ = std::unique_lock<std::mutex>(turns());
     file_ = {};
     turn_ = {};
     return false;

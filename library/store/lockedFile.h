@@ -28,7 +28,7 @@ class LockedFile {
     bool tryLock();
 
     std::string lockPath_;
-    std::unique_lock<std::timed_mutex> turn_;
+    std::unique_lock<std::mutex> turn_;
     posix::Descriptor file_;  // closed before the turn ends
 };
 

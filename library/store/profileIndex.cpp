@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "library/logging/log.h"
@@ -21,12 +22,12 @@ constexpr const char* kLogModule = "fwDB";
 std::vector<std::string> jsonFiles() {
     const std::string pattern = std::string(kProfileDirectory) + "*" + kProfileExtension;
     glob_t found = {};
+    const std::unique_ptr<glob_t, void (*)(glob_t*)> release(&found, globfree);
     std::vector<std::string> paths;
     // Sorted here, since glob() would sort by the rules of the caller's locale.
     if (glob(pattern.c_str(), GLOB_ERR | GLOB_NOSORT, nullptr, &found) == 0) {
         paths.assign(found.gl_pathv, found.gl_pathv + found.gl_pathc);
     }
-    globfree(&found);
     std::sort(paths.begin(), paths.end());
     return paths;
 }

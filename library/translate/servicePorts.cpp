@@ -33,8 +33,8 @@ void appendPorts(int protocol,
     if (list == nullptr) {
         return;
     }
-    for (int i = 0; const char* port = VLIBCSzListGet(list, i); ++i) {
-        ports[static_cast<FW_PORT_PROTOCOL>(protocol)].emplace_back(port);
+    for (int i = 0; i < VLIBCSzListCount(list); ++i) {
+        ports[static_cast<FW_PORT_PROTOCOL>(protocol)].emplace_back(VLIBCSzListGet(list, i));
     }
 }
 

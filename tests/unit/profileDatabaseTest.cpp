@@ -28,9 +28,9 @@ TEST_F(ProfileDatabase, ReadsAndWritesEveryFieldOfARule) {
     std::map<std::string, std::vector<FWRULE>> rules;
     ASSERT_TRUE(db_.jsonToRuleList(document, rules));
     EXPECT_EQ(test::ruleText(rules["eth0"].at(0)),
-              "off 12 services 22,90-99 portGroup=17 protocol=18 portDirect=16"
-              " host 10.0.0.2,10.0.0.1 ipGroup=15 ipDirect=14 ipType=13 adapterDirect=11 log"
-              " table=mangle chains=A,FORWARD_FIREWALL,INPUT_FIREWALL name=N labels=z,a");
+              "off 12 portGroup=17 22,90-99 protocol=18 portDirect=16 ipGroup=15 10.0.0.2,10.0.0.1"
+              " ipDirect=14 ipType=13 adapterDirect=11 log table=mangle"
+              " chains=A,FORWARD_FIREWALL,INPUT_FIREWALL name=N labels=z,a");
     // Does not compile when the rule gets another field.
     auto& [index, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q] = rules["eth0"].at(0);
     index = 7;
