@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // How many allocations succeed before all fail; negative: none fails.
-long allocationsLeft = -1;
+thread_local long allocationsLeft = -1;
 
 }  // namespace
 
