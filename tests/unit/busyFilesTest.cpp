@@ -249,7 +249,7 @@ TEST_F(BusyFiles, AreNotTakenForMissingWithoutADescriptor) {
         close(lowest);
         (void)FW::getLockFile(kSecond);
         // One descriptor is left: for the lock, but not for the file.
-        const auto limit = static_cast<rlim_t>(lowest + 1);
+        const auto limit = static_cast<rlim_t>(lowest) + 1;
         const rlimit descriptors = {limit, limit};
         return setrlimit(RLIMIT_NOFILE, &descriptors) == 0 &&
                !profiles_.profileSet("home", named("home")) && !profiles_.profileCreate("new");

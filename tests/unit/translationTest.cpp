@@ -154,7 +154,7 @@ TEST_F(Translation, ReadsCountryRangesAcrossChunks) {
     }
     EXPECT_EQ(session_.run("countryIPGet XX 4"), v4 + " | 0.0.0.2-0.0.0.3");
     const std::string v6 = session_.run("countryIPGet XX 6");
-    EXPECT_EQ(v6.substr(v6.rfind("|")),
+    EXPECT_EQ(v6.substr(v6.rfind('|')),
               "| 0000:0002:0000:0003:0000:0000:0000:0000-0000:0000:0000:0000:0000:0000:0000:0000");
 }
 
