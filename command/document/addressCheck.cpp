@@ -1,39 +1,17 @@
 #include "command/document/addressCheck.h"
 
-#include <arpa/inet.h>
-
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
 #include "command/document/countryCheck.h"
 #include "command/document/textCheck.h"
+#include "command/words/addresses.h"
 #include "zamofirewall/ruleModel.h"
 
 namespace zamofw {
 namespace {
-
-struct Address {
-    int family;                           // 4 or 6
-    std::array<unsigned char, 16> bytes;  // of which an IPv4 address has four
-};
-
-std::optional<Address> addressIn(const std::string& text) {
-    Address address = {4, {}};
-    if (text.find('\0') != std::string::npos) {
-        return std::nullopt;
-    }
-    if (inet_pton(AF_INET, text.c_str(), address.bytes.data()) == 1) {
-        return address;
-    }
-    address.family = 6;
-    if (inet_pton(AF_INET6, text.c_str(), address.bytes.data()) == 1) {
-        return address;
-    }
-    return std::nullopt;
-}
 
 bool isNumberUpTo(const std::string& text, unsigned long limit) {
     if (text.empty() || text.find('-') != std::string::npos) {
@@ -64,7 +42,7 @@ std::string familyName(int family) {
 // "192.168.1.0/24": how a network or a range in one text is to be written, if it is one.
 std::string splitRemedy(const std::string& text, char separator, const char* group) {
     const std::size_t at = text.find(separator);
-    if (at == std::string::npos || !addressIn(text.substr(0, at))) {
+    if (at == std::string::npos || !parseAddress(text.substr(0, at))) {
         return {};
     }
     return std::string("Write it as two entries, \"") + text.substr(0, at) + "\", \"" +
@@ -129,7 +107,7 @@ class EntryCheck {
             report(index, std::move(*fault));
             return std::nullopt;
         }
-        const std::optional<Address> address = addressIn(text);
+        const std::optional<Address> address = parseAddress(text);
         if (!address) {
             report(index, badAddress(text));
         }
@@ -244,7 +222,7 @@ bool isPrefixOrMask(const std::string& text, int family) {
         return false;
     }
     const bool forV4 = isNumberUpTo(text, 32) || isDottedMask(text);
-    const auto mask = addressIn(text);
+    const auto mask = parseAddress(text);
     const bool forV6 = isNumberUpTo(text, 128) || (mask && mask->family == 6);
     return (family != 6 && forV4) || (family != 4 && forV6);
 }

@@ -15,30 +15,6 @@ constexpr const char* kForms =
     "an address is written as 192.168.1.5, 192.168.1.0/24, 192.168.1.0/255.255.255.0, "
     "192.168.1.5-192.168.1.9 or any; IPv6 in the same forms";
 
-// The bytes in network order: of two addresses of one family the lower one has the lower bytes.
-struct Address {
-    int family = 4;
-    std::array<unsigned char, 16> bytes = {};
-
-    std::size_t size() const { return family == 4 ? 4 : 16; }
-};
-
-std::optional<Address> parseAddress(const std::string& text) {
-    // inet_pton() reads to the first NUL.
-    if (text.find('\0') != std::string::npos) {
-        return std::nullopt;
-    }
-    Address address;
-    if (inet_pton(AF_INET, text.c_str(), address.bytes.data()) == 1) {
-        return address;
-    }
-    address.family = 6;
-    if (inet_pton(AF_INET6, text.c_str(), address.bytes.data()) == 1) {
-        return address;
-    }
-    return std::nullopt;
-}
-
 Address addressFromText(const std::string& word, const std::string& text, const std::string& part) {
     const std::optional<Address> address = parseAddress(part);
     if (!address) {
@@ -116,6 +92,22 @@ Addresses rangeFromText(const std::string& word, const std::string& text, std::s
 }
 
 }  // namespace
+
+std::optional<Address> parseAddress(const std::string& text) {
+    // inet_pton() reads to the first NUL.
+    if (text.find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
+    Address address;
+    if (inet_pton(AF_INET, text.c_str(), address.bytes.data()) == 1) {
+        return address;
+    }
+    address.family = 6;
+    if (inet_pton(AF_INET6, text.c_str(), address.bytes.data()) == 1) {
+        return address;
+    }
+    return std::nullopt;
+}
 
 Addresses addressesFromText(const std::string& word, const std::string& text) {
     if (text == "any") {

@@ -2,6 +2,8 @@
 #ifndef COMMAND_WORDS_ADDRESSES_H
 #define COMMAND_WORDS_ADDRESSES_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -10,6 +12,16 @@
 #include "zamofirewall/ruleModel.h"
 
 namespace zamofw {
+
+// The bytes in network order: of two addresses of one family the lower one has the lower bytes.
+struct Address {
+    int family = 4;                            // 4 or 6
+    std::array<unsigned char, 16> bytes = {};  // of which an IPv4 address has four
+
+    std::size_t size() const { return family == 4 ? 4 : 16; }
+};
+
+[[nodiscard]] std::optional<Address> parseAddress(const std::string& text);
 
 struct Addresses {
     std::int32_t group = FW::FW_IP_GROUP_ALL;  // HOST, SUBNET, RANGE or ALL
