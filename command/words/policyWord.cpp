@@ -1,6 +1,7 @@
 #include "command/words/policyWord.h"
 
 #include <array>
+#include <cstdint>
 
 namespace zamofw {
 namespace {
@@ -33,6 +34,10 @@ std::optional<std::string> wordOfPolicy(FW::FW_POLICY policy) {
         }
     }
     return std::nullopt;
+}
+
+std::string policyText(FW::FW_POLICY policy) {
+    return wordOfPolicy(policy).value_or(std::to_string(static_cast<std::int32_t>(policy)));
 }
 
 }  // namespace zamofw

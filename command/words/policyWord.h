@@ -14,6 +14,9 @@ namespace zamofw {
 // None for a code that no word stands for.
 [[nodiscard]] std::optional<std::string> wordOfPolicy(FW::FW_POLICY policy);
 
+// For readers: a code without a word is shown as a number.
+[[nodiscard]] std::string policyText(FW::FW_POLICY policy);
+
 }  // namespace zamofw
 
 #endif
