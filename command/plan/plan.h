@@ -1,0 +1,55 @@
+// The lines of a profile, each with its origin.
+#ifndef COMMAND_PLAN_PLAN_H
+#define COMMAND_PLAN_PLAN_H
+
+#include <json/value.h>
+
+#include <string>
+#include <vector>
+
+#include "command/plan/plannedLine.h"
+#include "zamofirewall/ruleModel.h"
+
+namespace zamofw {
+
+// The command list that the library would run for this profile, established connections accepted.
+// Made of the translator's pieces, one rule at a time, so that each line's rule is known, and
+// without a start of the network tool per rule: it is asked once per adapter, and only on a machine
+// that has a tunnel. Throws Failure when a rule cannot be translated.
+[[nodiscard]] Plan planProfile(const FW::FWPROFILE& profile);
+
+// The same where it is known whether the network tool needs to be asked for tunnels.
+[[nodiscard]] Plan planProfile(const FW::FWPROFILE& profile, bool mayHaveTunnel);
+
+// As text: each line with its program in front, as it would be run.
+[[nodiscard]] std::string planLines(const Plan& plan);
+
+// The same with a comment before the lines of each rule that says where they come from.
+[[nodiscard]] std::string planLinesWithOrigins(const Plan& plan);
+
+// {"profile":S,"v4":[LINE],"v6":[LINE]}
+[[nodiscard]] std::string planJson(const Plan& plan);
+
+// One LINE of it.
+[[nodiscard]] Json::Value lineJson(const PlannedLine& line);
+
+// "rule 2 of eth0 (name)", "the default policy of eth0", "built-in"
+[[nodiscard]] std::string originText(const PlannedLine& line);
+
+// Input for `iptables-restore --noflush` (family 4) and `ip6tables-restore --noflush` (family 6): a
+// comment line that names the family, the firewall's chains flushed and filled, the policies
+// opened. Throws Failure for a line that cmdExec() would refuse, and for one that such an input
+// cannot say.
+[[nodiscard]] std::string restoreInput(const Plan& plan, int family);
+
+// The same with the origin of each line, by its index; null for a line that comes from no rule. The
+// origins belong to the plan.
+struct RestoreText {
+    std::string text;
+    std::vector<const PlannedLine*> origins;
+};
+[[nodiscard]] RestoreText restoreText(const Plan& plan, int family);
+
+}  // namespace zamofw
+
+#endif

@@ -1,0 +1,178 @@
+// A plan as input for the restore programs.
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+
+#include "command/console.h"
+#include "command/plan/plan.h"
+#include "library/model/names.h"
+
+namespace zamofw {
+namespace {
+
+constexpr std::string_view kFilter = "filter";
+constexpr std::string_view kFilterPrefix = "-t filter -A ";
+constexpr std::string_view kNoTablePrefix = "-A ";
+
+// What cmdExec() takes: words with the program's path, and their bytes, each with its NUL. A word
+// may begin while this much is used.
+constexpr std::size_t kMaxWords = 255;
+constexpr std::size_t kMaxBytes = 1024;
+constexpr std::size_t kMaxUsedBefore = 1022;
+// No line of this length can be over the limits: a word takes two bytes, with its blank.
+constexpr std::size_t kSurelyShort = 2 * (kMaxWords - 1);
+
+[[noreturn]] void cannotSay(const PlannedLine& line, const std::string& why) {
+    failed(
+        "a line of " + originText(line) + " cannot be put into force: " + why + "\n  " + line.line,
+        "run `zamofw check`; it names the member of the rule that is to be mended");
+}
+
+// What the input's own parser would not take as it is.
+bool isSpecial(char byte) {
+    return static_cast<unsigned char>(byte) < ' ' || byte == '"' || byte == '\\';
+}
+
+bool isPlain(std::string_view line) {
+    return line.size() <= kSurelyShort && std::none_of(line.begin(), line.end(), isSpecial);
+}
+
+// The words as cmdExec() would hand them over: what the blanks separate, each up to its first NUL.
+std::vector<std::string_view> wordsOf(const PlannedLine& planned, const FW::Family& family) {
+    const std::string_view line = planned.line;
+    std::vector<std::string_view> words;
+    std::size_t used = std::string_view(family.program).size() + 1;
+    for (std::size_t begin = 0; begin < line.size();) {
+        const std::size_t end = std::min(line.find(' ', begin), line.size());
+        const std::string_view word = line.substr(begin, end - begin);
+        begin = end + 1;
+        if (words.size() + 1 >= kMaxWords || used > kMaxUsedBefore) {
+            cannotSay(planned, "it is longer than 255 words or 1024 bytes");
+        }
+        if (!word.empty()) {
+            words.push_back(word.substr(0, word.find('\0')));
+            used += words.back().size() + 1;
+        }
+    }
+    if (used > kMaxBytes) {
+        cannotSay(planned, "it is longer than 1024 bytes");
+    }
+    return words;
+}
+
+// A word that holds a separator or a quote stands in quotes, where a backslash takes the next
+// character as it is.
+std::string quoted(std::string_view word) {
+    if (!word.empty() && std::none_of(word.begin(), word.end(), isSpecial)) {
+        return std::string(word);
+    }
+    std::string text = "\"";
+    for (const char byte : word) {
+        if (byte == '"' || byte == '\\') {
+            text += '\\';
+        }
+        text += byte;
+    }
+    return text + '"';
+}
+
+bool isTableName(std::string_view word) {
+    constexpr std::string_view kLetters =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
+    return !word.empty() && word.find_first_not_of(kLetters) == std::string_view::npos;
+}
+
+struct TableLine {
+    std::string_view table;
+    std::string text;
+};
+
+// The line without its table, word by word.
+TableLine tableLine(const PlannedLine& planned, const FW::Family& family) {
+    if (planned.line.find('\n') != std::string::npos) {
+        cannotSay(planned, "there is a line feed in it");
+    }
+    std::vector<std::string_view> words = wordsOf(planned, family);
+    TableLine result = {kFilter, ""};
+    if (words.size() >= 2 && words[0] == "-t") {
+        result.table = words[1];
+        words.erase(words.begin(), words.begin() + 2);
+        if (!isTableName(result.table)) {
+            cannotSay(planned, "there is no table of that name");
+        }
+    }
+    // Anything else at the begin would be taken for a comment, a chain or a table.
+    if (words.empty() || words[0].empty() || words[0][0] != '-') {
+        cannotSay(planned, "it does not begin with an option");
+    }
+    for (const std::string_view word : words) {
+        result.text += (result.text.empty() ? "" : " ") + quoted(word);
+    }
+    return result;
+}
+
+// The lines of one table.
+struct Section {
+    RestoreText lines;
+
+    void append(std::string_view line, const PlannedLine* origin) {
+        lines.text.append(line).append("\n");
+        lines.origins.push_back(origin);
+    }
+};
+
+void appendPlanned(const PlannedLine& planned,
+                   const FW::Family& family,
+                   Section& filter,
+                   std::map<std::string, Section>& others) {
+    std::string_view line = planned.line;
+    const bool namesFilter = line.substr(0, kFilterPrefix.size()) == kFilterPrefix;
+    if ((namesFilter || line.substr(0, kNoTablePrefix.size()) == kNoTablePrefix) && isPlain(line)) {
+        line.remove_prefix(namesFilter ? kFilterPrefix.size() - kNoTablePrefix.size() : 0);
+        filter.append(line, &planned);
+        return;
+    }
+    const TableLine parsed = tableLine(planned, family);
+    (parsed.table == kFilter ? filter : others[std::string(parsed.table)])
+        .append(parsed.text, &planned);
+}
+
+Section filterHead(int family) {
+    Section section;
+    section.append(family == 4 ? "# IPv4" : "# IPv6", nullptr);
+    section.append("*filter", nullptr);
+    section.append("-P INPUT ACCEPT", nullptr);
+    section.append("-P FORWARD ACCEPT", nullptr);
+    for (const char* const chain : FW::kFirewallChains) {
+        section.append(std::string("-F ") + chain, nullptr);
+    }
+    section.append(std::string("-F ") + FW::kReloadingChain, nullptr);
+    return section;
+}
+
+}  // namespace
+
+RestoreText restoreText(const Plan& plan, int family) {
+    const FW::Family& names = family == 4 ? FW::kIpv4 : FW::kIpv6;
+    Section filter = filterHead(family);
+    std::map<std::string, Section> others;
+    for (const PlannedLine& line : family == 4 ? plan.v4 : plan.v6) {
+        appendPlanned(line, names, filter, others);
+    }
+    filter.append("COMMIT", nullptr);
+    for (const auto& [table, section] : others) {
+        filter.append("*" + table, nullptr);
+        filter.lines.text += section.lines.text;
+        filter.lines.origins.insert(
+            filter.lines.origins.end(), section.lines.origins.begin(), section.lines.origins.end());
+        filter.append("COMMIT", nullptr);
+    }
+    return std::move(filter.lines);
+}
+
+std::string restoreInput(const Plan& plan, int family) {
+    return restoreText(plan, family).text;
+}
+
+}  // namespace zamofw
