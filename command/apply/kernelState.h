@@ -1,0 +1,29 @@
+// What the kernel holds now.
+#ifndef COMMAND_APPLY_KERNELSTATE_H
+#define COMMAND_APPLY_KERNELSTATE_H
+
+#include <string>
+
+namespace zamofw {
+
+// "ACCEPT" or "DROP"; "unknown" when it cannot be asked.
+struct Policies {
+    std::string input = "unknown";
+    std::string forward = "unknown";
+};
+[[nodiscard]] Policies kernelPolicies(int family);
+
+// Input for `iptables-restore --noflush --counters` that makes the firewall's chains and the
+// policies what they are now. Throws Failure when they cannot be read, or a chain is missing.
+[[nodiscard]] std::string savedChains(int family);
+
+// Throws Failure unless all of the firewall's chains are there. A reload line by line closes the
+// policies before it finds out.
+void requireChains();
+
+// Ends the call: one of the firewall's chains is not there.
+[[noreturn]] void chainIsMissing(int family, const std::string& chain);
+
+}  // namespace zamofw
+
+#endif

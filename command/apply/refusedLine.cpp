@@ -1,0 +1,148 @@
+#include "command/apply/refusedLine.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/predicate.hpp>
+#include <boost/algorithm/string/split.hpp>
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+
+#include "command/apply/programs.h"
+
+namespace zamofw {
+namespace {
+
+using boost::algorithm::starts_with;
+
+// While this lives, the process and what it starts have an empty packet filter of their own.
+class ScratchNetwork {
+  public:
+    ScratchNetwork() : own_(posix::openFile("/proc/self/ns/net", O_RDONLY)) {
+        entered_ = static_cast<bool>(own_) && unshare(CLONE_NEWNET) == 0;
+    }
+    ~ScratchNetwork() {
+        if (entered_ && setns(own_.get(), CLONE_NEWNET) != 0) {
+            // Whatever would come next would be done to the wrong packet filter.
+            std::perror("the network namespace cannot be entered again");
+            std::_Exit(3);
+        }
+    }
+    ScratchNetwork(const ScratchNetwork&) = delete;
+    ScratchNetwork& operator=(const ScratchNetwork&) = delete;
+    [[nodiscard]] bool isEntered() const { return entered_; }
+
+  private:
+    posix::Descriptor own_;
+    bool entered_ = false;
+};
+
+// The words of a rule's line: "-A CHAIN ...".
+std::vector<std::string> wordsOf(const std::string& line) {
+    std::vector<std::string> words;
+    boost::split(words, line, boost::is_any_of(" "), boost::token_compress_on);
+    return words;
+}
+
+bool restores(int family, const std::string& lines) {
+    const posix::Descriptor file = memoryFile("*filter\n" + lines + "COMMIT\n");
+    return runProgram({restoreProgram(family), "-w", kLockSeconds}, file.get()).status == 0;
+}
+
+// What the program that takes one rule says about it, where there are these chains and no rule.
+std::string wordsAbout(int family, const std::string& chains, const std::string& rule) {
+    // Only the input's parser takes quotes apart.
+    if (rule.find('"') != std::string::npos || !restores(family, chains)) {
+        return "";
+    }
+    std::vector<std::string> command = {tool(family), "-w", kLockSeconds};
+    for (const std::string& word : wordsOf(rule)) {
+        command.push_back(word);
+    }
+    return causeIn(runProgram(command).error);
+}
+
+std::string emptyChain(const std::string& name) {
+    return ":" + name + " - [0:0]\n";
+}
+
+class Search {
+  public:
+    Search(int family, const std::vector<std::string>& lines) : family_(family) {
+        std::set<std::string> chains;
+        for (std::size_t i = 0; i < lines.size() && lines[i] != "COMMIT"; ++i) {
+            if (starts_with(lines[i], "-A ")) {
+                rules_.push_back({lines[i], i});
+                chains.insert(wordsOf(lines[i])[1]);
+            }
+        }
+        for (const char* const hook : {"INPUT", "FORWARD", "OUTPUT"}) {
+            chains.erase(hook);
+        }
+        for (const std::string& chain : chains) {
+            chains_ += emptyChain(chain);
+        }
+    }
+
+    [[nodiscard]] RefusedLine run() const {
+        RefusedLine found;
+        if (!isTaken(0)) {
+            return found;
+        }
+        if (isTaken(rules_.size())) {
+            found.search = RefusedLine::Search::kNothingRefused;
+            return found;
+        }
+        std::size_t taken = 0;
+        std::size_t refused = rules_.size();
+        while (refused - taken > 1) {
+            const std::size_t middle = taken + (refused - taken) / 2;
+            (isTaken(middle) ? taken : refused) = middle;
+        }
+        found.search = RefusedLine::Search::kFound;
+        found.index = rules_[taken].index;
+        found.words = wordsAbout(family_, chains_, rules_[taken].text);
+        return found;
+    }
+
+  private:
+    struct Rule {
+        std::string text;
+        std::size_t index;
+    };
+
+    // Whether the first rules are taken together.
+    [[nodiscard]] bool isTaken(std::size_t count) const {
+        std::string lines = chains_;
+        for (std::size_t i = 0; i < count; ++i) {
+            lines += rules_[i].text + "\n";
+        }
+        return restores(family_, lines);
+    }
+
+    int family_;
+    std::vector<Rule> rules_;
+    std::string chains_;
+};
+
+}  // namespace
+
+RefusedLine findRefusedLine(int family, const std::vector<std::string>& lines) {
+    const ScratchNetwork network;
+    return network.isEntered() ? Search(family, lines).run() : RefusedLine();
+}
+
+std::string wordsAboutLine(int family, const std::string& line) {
+    const ScratchNetwork network;
+    std::string chains;
+    for (const char* const chain : kOurChains) {
+        chains += emptyChain(chain);
+    }
+    return network.isEntered() ? wordsAbout(family, chains, line) : "";
+}
+
+}  // namespace zamofw

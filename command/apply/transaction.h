@@ -1,0 +1,42 @@
+// Putting a plan into force as one transaction.
+#ifndef COMMAND_APPLY_TRANSACTION_H
+#define COMMAND_APPLY_TRANSACTION_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "command/apply/executionLock.h"
+#include "command/plan/plannedLine.h"
+
+namespace zamofw {
+
+// A line that the system's program refused.
+struct Refusal {
+    int family = 4;
+    std::string line;  // empty when it cannot be told which
+    std::string adapter;
+    std::optional<std::size_t> position;
+    std::string name;
+    std::string message;  // the program's own words
+};
+
+struct Outcome {
+    bool applied = false;
+    std::size_t lines = 0;
+    long milliseconds = 0;
+    std::vector<Refusal> refused;
+};
+
+// Under the library's execution lock: tests both families, commits IPv4, then IPv6, and puts IPv4
+// back when IPv6 fails. Nothing is changed unless `applied`. Throws Failure when the lock or the
+// xtables lock is not acquired in time, or a program is missing.
+[[nodiscard]] Outcome applyPlan(const Plan& plan);
+
+// The same for a caller that holds the lock already, so that the plan is that of the profile as it
+// is now and not as it was before another reload.
+[[nodiscard]] Outcome applyPlan(const Plan& plan, const ExecutionLock& lock);
+
+}  // namespace zamofw
+
+#endif

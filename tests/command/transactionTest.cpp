@@ -1,0 +1,228 @@
+// Transactions on the real packet filter.
+
+#include "command/apply/transaction.h"
+
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
+#include <zamo/core.h>
+
+#include <csignal>
+#include <random>
+
+#include "command/apply/program.h"
+#include "command/apply/programs.h"
+#include "command/console.h"
+#include "command/plan/plan.h"
+#include "posix/descriptor.h"
+#include "tests/support/processes.h"
+#include "tests/support/store.h"
+#include "zamofirewall/controller.h"
+
+namespace zamofw {
+namespace {
+
+using test::shell;
+
+bool isLegacy() { return shell("iptables --version").find("legacy") != std::string::npos; }
+
+FW::FWPROFILE profileOf(unsigned seed, std::size_t rules) {
+    std::mt19937 random(seed);
+    FW::FWPROFILE profile;
+    profile.name = "home";
+    for (std::size_t i = 0; i < rules; ++i) {
+        FW::FWRULE rule = test::portRule(
+            random() % 2 == 0 ? FW::FW_POLICY_ALLOW : FW::FW_POLICY_DENY,
+            {std::to_string(1 + random() % 60000), std::to_string(1 + random() % 60000)});
+        rule.ipType = FW::FW_IP_TYPE_BOTH;
+        rule.protocol = FW::FW_PROTOCOL_BOTH;
+        rule.blLog = random() % 8 == 0;
+        rule.name = "rule " + std::to_string(i + 1);
+        profile.rules[random() % 3 == 0 ? "global" : "eth0"].push_back(rule);
+    }
+    profile.adapterPolicyMap = {{"eth0", FW::FW_POLICY_DENY}};
+    return profile;
+}
+
+std::string listed(int family) { return shell(tool(family) + " -S"); }
+
+std::string listed() { return listed(4) + listed(6); }
+
+std::string failureOf(const Plan& plan) {
+    try {
+        return applyPlan(plan).applied ? "applied" : "refused";
+    } catch (const Failure& failure) {
+        return failure.what() + ("\n" + failure.remedy());
+    }
+}
+
+class Transaction : public testing::Test {
+  protected:
+    Transaction() {
+        shell(
+            "ip link add eth0 type veth peer name peer0; ip link set eth0 up; ip addr add 10.1.0.1/24 dev eth0; /usr/zamo/sbin/zamofw-chains");
+    }
+    ~Transaction() override {
+        shell(
+            "ip link del eth0; for i in iptables ip6tables; do $i -P INPUT ACCEPT; "
+            "$i -P FORWARD ACCEPT; done; /usr/zamo/sbin/zamofw-chains remove");
+    }
+};
+
+TEST_F(Transaction, EndsInTheRulesOfTheLibrarysReload) {
+    for (unsigned seed = 0; seed < 4; ++seed) {
+        const FW::FWPROFILE profile = profileOf(seed, 10);
+        test::writeProfile("1.json", profile);
+        test::writeSettings(true, "home");
+        ASSERT_TRUE(FW::ZAMOFW().fwReload(true));
+        const std::string expected = listed();
+        // What a reload leaves behind that is killed half-way.
+        ASSERT_TRUE(FW::ZAMOFW().fwDefaultDrop());
+        shell("iptables -F INPUT_FIREWALL; ip6tables -A FIREWALL_RELOADING -j ACCEPT");
+        const Plan plan = planProfile(profile);
+        const Outcome outcome = applyPlan(plan);
+        EXPECT_TRUE(outcome.applied);
+        EXPECT_EQ(outcome.lines, plan.v4.size() + plan.v6.size());
+        EXPECT_NE(expected.find("-i eth0"), std::string::npos);
+        EXPECT_EQ(listed(), expected) << seed;
+    }
+}
+
+TEST_F(Transaction, LeavesEverythingWhenALineIsRefused) {
+    struct Row {
+        const char* line;
+        const char* words;
+    };
+    constexpr Row kRows[] = {
+        {"-t filter -A INPUT_FIREWALL -p tcp --dport no-such -j RETURN", "no-such"},
+        {"-A INPUT_FIREWALL -m nosuch -j RETURN", "nosuch"},
+        {"-A INPUT_FIREWALL -j NOSUCH", "NOSUCH"},
+        {"-A NOSUCH -j RETURN", "No chain"},
+        // Only the kernel knows that this belongs to another table.
+        {"-A FORWARD_FIREWALL -j CHECKSUM --checksum-fill", "Invalid argument"},
+    };
+    ASSERT_TRUE(applyPlan(planProfile(profileOf(1, 5))).applied);
+    shell("iptables -P INPUT DROP; ip6tables -A FIREWALL_RELOADING -j RETURN");
+    const std::string before = listed();
+    for (const Row& row : kRows) {
+        for (const int family : {4, 6}) {
+            Plan plan = planProfile(profileOf(2, 8));
+            std::vector<PlannedLine>& lines = family == 4 ? plan.v4 : plan.v6;
+            PlannedLine& bad = lines[lines.size() - 3];
+            bad = {row.line, "eth0", LineKind::kRule, 7, "the bad one"};
+            const Outcome outcome = applyPlan(plan);
+            EXPECT_FALSE(outcome.applied) << row.line;
+            EXPECT_EQ(listed(), before) << row.line;
+            ASSERT_EQ(outcome.refused.size(), 1U) << row.line;
+            const Refusal& refusal = outcome.refused[0];
+            EXPECT_EQ(refusal.family, family) << row.line;
+            EXPECT_EQ(refusal.line, row.line);
+            EXPECT_EQ(refusal.adapter + "/" + refusal.name, "eth0/the bad one") << row.line;
+            EXPECT_EQ(refusal.position, std::optional<std::size_t>(7)) << row.line;
+            EXPECT_NE(refusal.message.find(row.words), std::string::npos) << refusal.message;
+        }
+    }
+}
+
+TEST_F(Transaction, NamesTheReasonThatIsNoLine) {
+    const Plan plan = planProfile(profileOf(3, 5));
+    shell("ip6tables -D FORWARD -j FORWARD_FIREWALL; ip6tables -X FORWARD_FIREWALL");
+    const std::string before = listed();
+    std::string failure = failureOf(plan);
+    EXPECT_NE(failure.find("FORWARD_FIREWALL is missing for IPv6"), std::string::npos) << failure;
+    EXPECT_NE(failure.find("zamofw-chains"), std::string::npos) << failure;
+    EXPECT_EQ(listed(), before);
+    shell("/usr/zamo/sbin/zamofw-chains");
+
+    const posix::Descriptor lock = posix::openFile(kXtablesLock, O_RDWR | O_CREAT, 0600);
+    ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
+    const pid_t process = test::startProcess([&] {
+        const std::string words = failureOf(plan);
+        const std::string holder = "process " + std::to_string(getppid());
+        const bool isNamed = words.find("xtables lock") != std::string::npos &&
+                             words.find(holder) != std::string::npos;
+        return words == "applied" ? 1 : isNamed ? 2 : 3;
+    });
+    // The nft programs take no lock.
+    EXPECT_EQ(test::waitFor(process), isLegacy() ? 2 : 1);
+}
+
+TEST_F(Transaction, WaitsForALockThatIsHeldForAWhile) {
+    const posix::Descriptor lock = posix::openFile(kXtablesLock, O_RDWR | O_CREAT, 0600);
+    ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
+    const Plan plan = planProfile(profileOf(4, 5));
+    const pid_t process = test::startProcess([&] { return failureOf(plan) == "applied" ? 0 : 1; });
+    usleep(300000);
+    ASSERT_EQ(flock(lock.get(), LOCK_UN), 0);
+    EXPECT_EQ(test::waitFor(process), 0);
+}
+
+TEST_F(Transaction, HoldsTheExecutionLockUntilItsProgramsHaveEnded) {
+    if (!isLegacy()) {
+        // Nothing keeps an nft program waiting: the lock is free as soon as the reload is done.
+        EXPECT_TRUE(applyPlan(planProfile(profileOf(4, 5))).applied);
+        const ExecutionLock lock;
+        return;
+    }
+    const posix::Descriptor lock = posix::openFile(kXtablesLock, O_RDWR | O_CREAT, 0600);
+    ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
+    const Plan plan = planProfile(profileOf(4, 5));
+    const pid_t process = test::startProcess([&] { return failureOf(plan).empty() ? 0 : 1; });
+    ASSERT_TRUE(test::eventually(
+        [] { return shell("pgrep tables-resto || true").find('\n') != std::string::npos; }));
+    ASSERT_EQ(kill(process, SIGKILL), 0);
+    (void)test::waitFor(process);
+    int descriptor = -1;
+    EXPECT_EQ(VLIBCFileLockTimeByFile(FW::kExecutionLockFile, 1, 0, &descriptor), 0);
+    ASSERT_EQ(flock(lock.get(), LOCK_UN), 0);
+    const ExecutionLock executionLock;
+}
+
+TEST_F(Transaction, LeavesOldOrNewRulesWhereverItIsKilled) {
+    const Plan plans[] = {planProfile(profileOf(5, 40)), planProfile(profileOf(6, 60))};
+    std::string states[2][2];
+    for (std::size_t i = 0; i < 2; ++i) {
+        ASSERT_TRUE(applyPlan(plans[i]).applied);
+        states[i][0] = listed(4);
+        states[i][1] = listed(6);
+    }
+    std::mt19937 random(20240611);
+    for (std::size_t round = 0; round < 24; ++round) {
+        const pid_t process =
+            test::startProcess([&] { return failureOf(plans[round % 2]) == "applied" ? 0 : 1; });
+        usleep(static_cast<useconds_t>(random() % 60000));
+        ASSERT_EQ(kill(process, SIGKILL), 0);
+        (void)test::waitFor(process);
+        // A restore that has outlived it holds the lock.
+        const ExecutionLock lock;
+        for (const int family : {4, 6}) {
+            const std::size_t index = family == 4 ? 0 : 1;
+            const std::string now = listed(family);
+            EXPECT_TRUE(now == states[0][index] || now == states[1][index]) << now;
+        }
+    }
+    EXPECT_TRUE(applyPlan(plans[0]).applied);
+    EXPECT_EQ(listed(), states[0][0] + states[0][1]);
+}
+
+TEST(ProgramTest, GivesWhatAProgramSays) {
+    // As a careless daemon starts us.
+    const auto previous = signal(SIGCHLD, SIG_IGN);
+    const posix::Descriptor input = memoryFile("a text\n");
+    for (int round = 0; round < 2; ++round) {
+        const ProgramResult result = runProgram(
+            {"/bin/sh", "-c", "cat; env >&2; ls /proc/self/fd | wc -l >&2; exit 7"}, input.get());
+        EXPECT_EQ(result.status, 7);
+        EXPECT_EQ(result.output, "a text\n");
+        EXPECT_EQ(result.error.find("HOME"), std::string::npos) << result.error;
+        EXPECT_EQ(result.error.substr(result.error.size() - 2), "4\n")
+            << "three streams, and the directory itself: " << result.error;
+    }
+    EXPECT_EQ(runProgram({"/bin/sh", "-c", "kill -9 $$"}).signal, SIGKILL);
+    EXPECT_THROW((void)runProgram({"/sbin/no-such"}), Failure);
+    EXPECT_THROW((void)runProgram({"/bin/sh", "-c", "cat /dev/zero"}), Failure);
+    (void)signal(SIGCHLD, previous);
+}
+
+}  // namespace
+}  // namespace zamofw
