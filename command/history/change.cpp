@@ -1,0 +1,149 @@
+#include "command/history/change.h"
+
+#include <zamo/core.h>
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <optional>
+
+#include "command/history/changeLog.h"
+#include "command/history/configuration.h"
+#include "command/history/digest.h"
+#include "zamofirewall/lockedJson.h"
+
+namespace zamofw {
+namespace {
+
+constexpr const char* kLockName = "zamofw_history";
+constexpr int kLongestWait = 30;
+
+bool isRecording = false;
+
+class HistoryLock {
+  public:
+    HistoryLock() {
+        const std::string path = FW::getLockFile(kLockName);
+        if (VLIBCFileLockTimeByFile(path.c_str(), /*exclusive=*/1, kLongestWait, &fd_) != 1) {
+            const int error = errno;
+            failed(error == ETIMEDOUT
+                       ? "another zamofw has been changing the configuration for half a minute"
+                       : "the lock file " + path + " cannot be locked: " + std::strerror(error),
+                   "wait until it has ended, and try again");
+        }
+        isRecording = true;
+    }
+    ~HistoryLock() {
+        isRecording = false;
+        (void)VLIBCFileUnlockByFile(fd_);
+    }
+    HistoryLock(const HistoryLock&) = delete;
+    HistoryLock& operator=(const HistoryLock&) = delete;
+
+  private:
+    int fd_ = -1;
+};
+
+// A full disk must not keep anybody from opening or closing the firewall, so that this is said and
+// no more.
+void warn(const std::string& what, int error) {
+    std::cerr << "warning: " << what << ": " << std::strerror(error) << "\n";
+}
+
+std::string digestNow() {
+    return digestOf(exportText(readableConfiguration()));
+}
+
+// How a change ended.
+struct End {
+    Status status = Status::kFailed;
+    std::exception_ptr problem;
+
+    Status result() const {
+        if (problem != nullptr) {
+            std::rethrow_exception(problem);
+        }
+        return status;
+    }
+};
+
+End run(const std::function<Status()>& change) {
+    End end;
+    try {
+        end.status = change();
+    } catch (const Failure& failure) {
+        end.status = failure.status();
+        end.problem = std::current_exception();
+    } catch (...) {
+        end.problem = std::current_exception();
+    }
+    return end;
+}
+
+LoggedChange begun(const std::vector<std::string>& words, const std::string& before) {
+    LoggedChange logged;
+    logged.time = currentTime();
+    logged.caller = currentCaller();
+    logged.command = words;
+    logged.before = before;
+    return logged;
+}
+
+void finish(LoggedChange& logged, const End& end) {
+    logged.result = end.status;
+    logged.after = digestNow();
+    if (!logChange(logged)) {
+        warn("the change is not written to /var/log/zamofw/changes.jsonl", errno);
+    }
+}
+
+}  // namespace
+
+Status recordedChange(const std::vector<std::string>& words,
+                      const std::function<Status()>& change) {
+    if (isRecording) {
+        return change();
+    }
+    requireStoreDirectory();
+    const HistoryLock lock;
+    Snapshot snapshot;
+    snapshot.configuration = readableConfiguration();
+    LoggedChange logged = begun(words, digestOf(exportText(snapshot.configuration)));
+    snapshot.time = logged.time;
+    snapshot.command = words;
+    // Before the change, so that one that is killed half-way can be taken back.
+    const bool kept = keepSnapshot(snapshot);
+    if (!kept) {
+        warn(
+            "`zamofw undo` will not know of this change, since /var/lib/zamofw/undo/ cannot be "
+            "written to",
+            errno);
+    }
+    const End end = run(change);
+    finish(logged, end);
+    if (kept && logged.after == logged.before) {
+        dropSnapshot(snapshot.number);
+    }
+    dropOldSnapshots();
+    return end.result();
+}
+
+Status recordedUndo(const std::vector<std::string>& words,
+                    const std::function<Status(const Snapshot*)>& change) {
+    requireStoreDirectory();
+    const HistoryLock lock;
+    const std::optional<Snapshot> newest = newestSnapshot();
+    if (!newest) {
+        return change(nullptr);
+    }
+    LoggedChange logged = begun(words, digestNow());
+    const End end = run([&] { return change(&*newest); });
+    finish(logged, end);
+    if (end.status == Status::kDone) {
+        dropSnapshot(newest->number);
+    }
+    return end.result();
+}
+
+}  // namespace zamofw
