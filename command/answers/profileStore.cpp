@@ -1,0 +1,134 @@
+#include "command/answers/profileStore.h"
+
+#include <json/reader.h>
+#include <json/writer.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <ctime>
+
+#include "command/console.h"
+#include "command/document/storedProfile.h"
+#include "command/history/configuration.h"
+#include "command/words/plainText.h"
+#include "command/words/quoting.h"
+#include "command/words/suggestion.h"
+#include "library/model/names.h"
+#include "zamofirewall/lockedJson.h"
+#include "zamofirewall/profile.h"
+#include "zamofirewall/profileDatabase.h"
+
+namespace zamofw {
+namespace {
+
+constexpr std::size_t kLongestName = 255;
+
+// The library's own choice of a file name needs a profile that is there already.
+std::string newPath() {
+    std::time_t number = std::time(nullptr);
+    std::string path;
+    do {
+        path = FW::kProfileDirectory + std::to_string(number++) + FW::kProfileExtension;
+    } while (access(path.c_str(), F_OK) == 0);
+    return path;
+}
+
+}  // namespace
+
+bool isStoredProfile(const std::string& name) {
+    requireStoreDirectory();
+    return !name.empty() && FW::ZAMOFW_JSON_DB().profileExist(name);
+}
+
+void requireStoredProfile(const std::string& name) {
+    if (isPath(name)) {
+        wrongUse(shown(name) + " is a file, and the name of a stored profile is needed",
+                 "`zamofw profile list` shows the names");
+    }
+    if (!isStoredProfile(name) || isTrialCopy(name)) {
+        const std::vector<std::string> names = storedProfileNames();
+        const std::string near = suggestion(name, names);
+        wrongUse("there is no profile " + shown(name) + (near.empty() ? "" : ": " + near),
+                 names.empty() ? "none is stored: make one with `zamofw profile create NAME`"
+                               : "`zamofw profile list` shows the names");
+    }
+}
+
+void requireFreeName(const std::string& name) {
+    const bool isFit = !name.empty() && name.size() <= kLongestName && !isPath(name) &&
+                       name.front() != '-' && !isTrialCopy(name) && isPlainText(name);
+    if (!isFit) {
+        wrongUse(shown(name) + " cannot be the name of a profile",
+                 "a name has no slash and no control character in it, does not begin with a dash "
+                 "or with .test_, and has at most 255 bytes");
+    }
+    if (isStoredProfile(name)) {
+        wrongUse("there is a profile " + shown(name) + " already",
+                 "choose another name; `zamofw profile set` replaces a profile");
+    }
+}
+
+Json::Value jsonOfDocument(const Document& document) {
+    Json::Value json;
+    bool isRead = false;
+    try {
+        isRead = !document.fault &&
+                 Json::Reader().parse(document.text, json, /*collectComments=*/false) &&
+                 json.isObject();
+    } catch (const Json::Exception&) {
+        isRead = false;
+    }
+    if (!isRead) {
+        const Place place =
+            document.placeOf(document.fault ? document.fault->offset : document.root.offset);
+        failed(document.file + ":" + std::to_string(place.line) + ":" +
+                   std::to_string(place.column) + ": " +
+                   (document.fault ? document.fault->message : "this is no JSON object"),
+               "mend the document; `zamofw check` shows every fault");
+    }
+    return json;
+}
+
+std::string renamedDocument(const Document& document, const std::string& name) {
+    Json::Value json = jsonOfDocument(document);
+    json["name"] = name;
+    return Json::StyledWriter().write(json);
+}
+
+FW::FWPROFILE readableProfile(const Target& target) {
+    try {
+        return profileOf(target);
+    } catch (const Failure& failure) {
+        throw Failure(Status::kNo, failure.what(), failure.remedy());
+    }
+}
+
+void storeDocument(const std::string& name, const std::string& text) {
+    Json::Value json;
+    std::string path = FW::ZAMOFW_JSON_DB().profilePathGet(name);
+    path = path.empty() ? newPath() : path;
+    if (!Json::Reader().parse(text, json) || !FW::jsonFileDump(json, path)) {
+        failed("the profile " + shown(name) + " could not be written to " + path,
+               "see that its disk is not full or mounted read-only");
+    }
+}
+
+void storeProfile(const FW::FWPROFILE& profile) {
+    if (!FW::ZAMOFW_PROFILE().profileSet(profile.name, profile)) {
+        failed("the profile " + shown(profile.name) + " could not be stored in " +
+                   FW::kProfileDirectory,
+               "see that the directory exists and its disk is not full or mounted read-only");
+    }
+}
+
+std::size_t ruleCount(const Json::Value& profile) {
+    std::size_t count = 0;
+    if (profile.isObject() && profile["rules"].isObject()) {
+        for (const Json::Value& rules : profile["rules"]) {
+            count += rules.isArray() ? rules.size() : 0;
+        }
+    }
+    return count;
+}
+
+}  // namespace zamofw
