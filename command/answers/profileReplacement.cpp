@@ -1,0 +1,64 @@
+#include "command/answers/profileReplacement.h"
+
+#include <json/reader.h>
+
+#include "command/answers/changeAnswer.h"
+#include "command/answers/profileStore.h"
+#include "command/answers/table.h"
+#include "command/history/change.h"
+#include "command/words/quoting.h"
+
+namespace zamofw {
+namespace {
+
+struct Stored {
+    bool isThere = false;
+    bool isReadable = false;
+    std::string text;  // as the store writes it
+    std::size_t rules = 0;
+};
+
+Stored storedUnder(const std::string& name) {
+    Stored stored;
+    stored.isThere = isStoredProfile(name);
+    if (stored.isThere) {
+        try {
+            const Document document = readTarget({name, {}}).document;
+            stored.text = renamedDocument(document, name);
+            stored.rules = ruleCount(jsonOfDocument(document));
+            stored.isReadable = true;
+        } catch (const Failure&) {
+            stored.isReadable = false;
+        }
+    }
+    return stored;
+}
+
+}  // namespace
+
+Status replaceProfile(const Console& console,
+                      const std::vector<std::string>& call,
+                      const std::string& name,
+                      const std::string& document,
+                      Loss loss) {
+    const Stored stored = storedUnder(name);
+    if (stored.isReadable && stored.text == document) {
+        answerChange(console, false, "nothing to change: " + shown(name) + " is stored like this");
+        return Status::kDone;
+    }
+    if (loss == Loss::kAsk && stored.rules > 0 &&
+        !console.confirm("the profile " + shown(name) + " with its " +
+                         counted(stored.rules, "rule") + " would be replaced; replace it?")) {
+        return refusedChange(console);
+    }
+    return recordedChange(call, [&] {
+        storeDocument(name, document);
+        answerChange(console,
+                     true,
+                     "the profile " + shown(name) + (stored.isThere ? " is replaced" : " is made"));
+        noteReload(console, name);
+        return Status::kDone;
+    });
+}
+
+}  // namespace zamofw

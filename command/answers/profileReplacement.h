@@ -1,0 +1,25 @@
+// A whole document in the place of a stored one.
+#ifndef COMMAND_ANSWERS_PROFILEREPLACEMENT_H
+#define COMMAND_ANSWERS_PROFILEREPLACEMENT_H
+
+#include <string>
+#include <vector>
+
+#include "command/console.h"
+
+namespace zamofw {
+
+// Whether to ask before rules are lost.
+enum class Loss { kAsk, kAccepted };
+
+// Stores the document, records the change and answers it. Nothing is done when it is stored
+// already.
+[[nodiscard]] Status replaceProfile(const Console& console,
+                                    const std::vector<std::string>& call,
+                                    const std::string& name,
+                                    const std::string& document,
+                                    Loss loss);
+
+}  // namespace zamofw
+
+#endif
