@@ -1,0 +1,51 @@
+#include "command/answers/refusalText.h"
+
+#include "command/plan/plan.h"
+
+namespace zamofw {
+namespace {
+
+std::string originOf(const Refusal& refusal) {
+    PlannedLine origin = {
+        refusal.line, refusal.adapter, LineKind::kRule, refusal.position, refusal.name};
+    if (!refusal.position) {
+        origin.kind = refusal.adapter.empty() ? LineKind::kBuiltIn : LineKind::kDefault;
+    }
+    return originText(origin);
+}
+
+Json::Value toJson(const Refusal& refusal) {
+    Json::Value entry;
+    entry["family"] = refusal.family;
+    entry["line"] = refusal.line;
+    entry["adapter"] = refusal.adapter;
+    entry["position"] =
+        refusal.position ? Json::Value(Json::UInt64{*refusal.position}) : Json::Value();
+    entry["name"] = refusal.name;
+    entry["message"] = refusal.message;
+    return entry;
+}
+
+}  // namespace
+
+std::string refusalsText(const std::vector<Refusal>& refused) {
+    std::string text;
+    for (const Refusal& refusal : refused) {
+        text +=
+            "IPv" + std::to_string(refusal.family) + ": " +
+            (refusal.line.empty() ? "a line was refused, and it is not known which"
+                                  : "refused: " + refusal.line + "\n  from " + originOf(refusal)) +
+            "\n  " + refusal.message + "\n";
+    }
+    return text;
+}
+
+Json::Value refusalsJson(const std::vector<Refusal>& refused) {
+    Json::Value list(Json::arrayValue);
+    for (const Refusal& refusal : refused) {
+        list.append(toJson(refusal));
+    }
+    return list;
+}
+
+}  // namespace zamofw

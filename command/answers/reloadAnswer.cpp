@@ -1,0 +1,186 @@
+#include "command/answers/reloadAnswer.h"
+
+#include <json/value.h>
+
+#include <chrono>
+#include <ostream>
+
+#include "command/answers/jsonLine.h"
+#include "command/answers/profileInForce.h"
+#include "command/answers/refusalText.h"
+#include "command/apply/kernelModules.h"
+#include "command/apply/kernelState.h"
+#include "command/history/change.h"
+#include "command/plan/plan.h"
+#include "zamofirewall/controller.h"
+
+namespace zamofw {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kWhat = "putting rules into force";
+// Below this, nobody waits for long enough to wonder.
+constexpr std::size_t kManyLines = 2000;
+
+Plan planOf(const Target& profile) {
+    Plan plan = planProfile(profileOf(profile));
+    plan.profile = profile.name;
+    return plan;
+}
+
+void showProgress(const Console& console, const Plan& plan) {
+    const std::size_t lines = plan.v4.size() + plan.v6.size();
+    if (console.canAsk && !console.quiet && lines >= kManyLines) {
+        console.err << "putting " << lines << " lines of `" << plan.profile << "` into force...\n";
+    }
+}
+
+Json::Value resultJson(const InForce& result) {
+    Json::Value document;
+    document["applied"] = result.outcome.applied;
+    document["profile"] = result.profile;
+    document["lines"] = Json::UInt64{result.outcome.lines};
+    document["milliseconds"] = Json::Int64{result.outcome.milliseconds};
+    document["refused"] = refusalsJson(result.outcome.refused);
+    return document;
+}
+
+void showText(const Console& console, const InForce& result) {
+    if (!result.isEnabled) {
+        console.out << "the firewall is disabled: no rules were put into force (profile `"
+                    << result.profile << "`)\n";
+    } else if (result.outcome.applied) {
+        console.out << "profile `" << result.profile << "` is in force: " << result.outcome.lines
+                    << " lines in " << result.outcome.milliseconds << " ms\n";
+    } else {
+        console.err << "nothing was changed: the rules that were in force still are\n";
+    }
+}
+
+// `disable` does not wait for a reload: it may have flushed the chains before they were filled.
+void flushIfDisabledMeanwhile(InForce& result) {
+    if (result.outcome.applied && !isFirewallEnabled()) {
+        (void)FW::ZAMOFW().fwClear();
+        result.outcome.applied = false;
+        result.isEnabled = false;
+    }
+}
+
+// The library takes the lock by itself.
+InForce reloadSequentially(const Console& console, Errors errors) {
+    requireRoot(kWhat);
+    const Target profile = readTarget({});
+    InForce result = {profile.name, isFirewallEnabled(), {}};
+    if (!result.isEnabled) {
+        return result;
+    }
+    showFindings(console, profile, errors);
+    requireChains();
+    const Plan plan = planOf(profile);
+    showProgress(console, plan);
+    const Clock::time_point begin = Clock::now();
+    if (!FW::ZAMOFW().fwReload(/*blEstablished=*/true)) {
+        failed(isFirewallEnabled() ? "the reload failed"
+                                   : "the reload failed, and the firewall has been switched off",
+               "the lines of the system log say which command failed; `zamofw reload` without "
+               "--sequential leaves the old rules in force when a line is refused");
+    }
+    result.outcome.applied = true;
+    result.outcome.lines = plan.v4.size() + plan.v6.size();
+    result.outcome.milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
+    return result;
+}
+
+void choose(const std::string& name) {
+    if (!FW::ZAMOFW().fwProfileConfigSet(name, /*reload=*/false)) {
+        failed("the choice of the profile `" + name + "` could not be stored",
+               "see that /usr/zamo/etc/firewall.d/ can be written to");
+    }
+}
+
+// Takes the choice back unless the rules of the chosen profile are in force, or none are.
+InForce chooseAndPutIntoForce(const Console& console, const ProfileUseRequest& request) {
+    std::string previous;
+    const bool hasPrevious = FW::ZAMOFW().fwProfileConfigGet(previous);
+    choose(request.name);
+    const auto takeBack = [&] {
+        Json::Value settings;
+        settings["profile"] = previous;
+        if (hasPrevious && !FW::ZAMOFW().configSet(settings)) {
+            console.err << "the choice of `" << request.name << "` could not be taken back\n";
+        }
+    };
+    try {
+        InForce result = putIntoForce(console, Errors::kKnown);
+        if (result.isEnabled && !result.outcome.applied) {
+            takeBack();
+        }
+        return result;
+    } catch (const Failure&) {
+        takeBack();
+        throw;
+    }
+}
+
+}  // namespace
+
+InForce putIntoForce(const Console& console, Errors errors) {
+    requireRoot(kWhat);
+    // All of it under the lock, so that of two reloads the later one has the later profile.
+    const ExecutionLock lock;
+    const Target profile = readTarget({});
+    InForce result = {profile.name, isFirewallEnabled(), {}};
+    if (!result.isEnabled) {
+        return result;
+    }
+    loadKernelModules();
+    showFindings(console, profile, errors);
+    const Plan plan = planOf(profile);
+    showProgress(console, plan);
+    result.outcome = applyPlan(plan, lock);
+    flushIfDisabledMeanwhile(result);
+    return result;
+}
+
+Status showInForce(const Console& console, const InForce& result) {
+    console.err << refusalsText(result.outcome.refused);
+    if (console.json) {
+        console.out << jsonLine(resultJson(result)) << "\n";
+    } else {
+        showText(console, result);
+    }
+    return result.outcome.refused.empty() ? Status::kDone : Status::kFailed;
+}
+
+Status reloadAnswer(const Console& console, const ReloadRequest& request) {
+    return showInForce(console,
+                       request.sequential ? reloadSequentially(console, request.errors)
+                                          : putIntoForce(console, request.errors));
+}
+
+Status profileUseAnswer(const Console& console, const ProfileUseRequest& request) {
+    requireRoot("choosing the profile in force");
+    const Target profile = readTarget({request.name, {}});
+    if (!profile.isStored) {
+        wrongUse("`" + request.name + "` is a file, and only a stored profile can be in force",
+                 "store it first with `zamofw profile set NAME FILE`");
+    }
+    showFindings(console, profile, request.errors);
+    return recordedChange(request.given, [&] {
+        if (request.reload) {
+            return showInForce(console, chooseAndPutIntoForce(console, request));
+        }
+        choose(request.name);
+        if (console.json) {
+            console.out << jsonLine(resultJson({request.name, true, {}})) << "\n";
+        } else {
+            console.out << "profile `" << request.name << "` is chosen; `zamofw reload` puts it "
+                        << "into force\n";
+        }
+        return Status::kDone;
+    });
+}
+
+}  // namespace zamofw

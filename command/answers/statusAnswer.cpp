@@ -1,0 +1,109 @@
+#include "command/answers/statusAnswer.h"
+
+#include <json/reader.h>
+#include <json/value.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <ostream>
+#include <string>
+
+#include "command/answers/jsonLine.h"
+#include "command/apply/kernelState.h"
+#include "command/document/storedProfile.h"
+#include "command/document/textFile.h"
+#include "library/model/names.h"
+
+namespace zamofw {
+namespace {
+
+struct Settings {
+    bool isEnabled = false;
+    std::string profile = "default";
+};
+
+[[noreturn]] void badSettings(const std::string& why) {
+    failed(std::string(FW::kSettingsFile) + " " + why, "mend the file, or delete it");
+}
+
+// Read without the library, whose lock files only root may open. A file that is missing stands for
+// the defaults.
+Settings readSettings() {
+    Settings settings;
+    std::string text;
+    if (!readTextQuietly(FW::kSettingsFile, text)) {
+        if (errno == EACCES) {
+            requireRoot(std::string("reading ") + FW::kSettingsFile);
+        }
+        if (errno != ENOENT) {
+            badSettings("cannot be read");
+        }
+        return settings;
+    }
+    Json::Value json;
+    try {
+        if (!Json::Reader().parse(text, json) || !json.isObject()) {
+            badSettings("is no JSON object");
+        }
+        settings.isEnabled = json.get("status", false).asBool();
+        settings.profile = json.get("profile", "").asString();
+    } catch (const Json::Exception& problem) {
+        badSettings(std::string("cannot be used: ") + problem.what());
+    }
+    return settings;
+}
+
+// Those of a profile as its document has them, so that one with faults can be counted too.
+std::size_t countRules(const std::string& profile) {
+    const std::optional<Document> document = findStored(profile);
+    const Member* const adapters = document ? document->root.find("rules") : nullptr;
+    std::size_t count = 0;
+    if (adapters != nullptr) {
+        for (const Member& adapter : adapters->value.members) {
+            count += adapter.value.items.size();
+        }
+    }
+    return count;
+}
+
+Json::Value policiesJson(const Policies& policies) {
+    Json::Value json;
+    json["INPUT"] = policies.input;
+    json["FORWARD"] = policies.forward;
+    return json;
+}
+
+std::string policiesText(const Policies& policies) {
+    return "INPUT " + policies.input + ", FORWARD " + policies.forward;
+}
+
+}  // namespace
+
+Status statusAnswer(const Console& console) {
+    const Settings settings = readSettings();
+    const std::size_t rules = countRules(settings.profile);
+    const bool mayAsk = geteuid() == 0;
+    const Policies v4 = mayAsk ? kernelPolicies(4) : Policies();
+    const Policies v6 = mayAsk ? kernelPolicies(6) : Policies();
+    if (console.json) {
+        Json::Value document;
+        document["enabled"] = settings.isEnabled;
+        document["profile"] = settings.profile;
+        document["rules"] = Json::UInt64{rules};
+        document["kernel"] = "unknown";
+        document["policies"]["v4"] = policiesJson(v4);
+        document["policies"]["v6"] = policiesJson(v6);
+        document["trial"] = Json::Value();
+        console.out << jsonLine(document) << "\n";
+        return Status::kDone;
+    }
+    console.out << "firewall  " << (settings.isEnabled ? "enabled" : "disabled") << "\n"
+                << "profile   " << settings.profile << " (" << rules
+                << (rules == 1 ? " rule)\n" : " rules)\n") << "policies  IPv4: " << policiesText(v4)
+                << "; IPv6: " << policiesText(v6) << "\n"
+                << "kernel    unknown\n"
+                << "trial     none\n";
+    return Status::kDone;
+}
+
+}  // namespace zamofw
