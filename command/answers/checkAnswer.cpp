@@ -1,0 +1,63 @@
+#include "command/answers/checkAnswer.h"
+
+#include <ostream>
+
+#include "command/answers/systemNames.h"
+#include "command/document/check.h"
+#include "command/document/findingText.h"
+#include "command/document/profileRecord.h"
+#include "command/document/storedProfile.h"
+#include "command/document/textFile.h"
+#include "command/history/configuration.h"
+
+namespace zamofw {
+namespace {
+
+std::vector<Document> storedDocuments() {
+    requireStoreDirectory();
+    std::vector<Document> documents;
+    for (const std::string& path : profileFiles()) {
+        Document document = readDocument(readText(path), path);
+        if (!isTrialCopy(nameIn(document).value_or(""))) {
+            documents.push_back(std::move(document));
+        }
+    }
+    return documents;
+}
+
+Findings checkAll(const CheckContext& context) {
+    const std::vector<Document> documents = storedDocuments();
+    std::vector<const Document*> pointers;
+    Findings findings;
+    for (const Document& document : documents) {
+        pointers.push_back(&document);
+        const Findings found = checkProfile(document, context);
+        findings.insert(findings.end(), found.begin(), found.end());
+    }
+    const Findings names = checkStoredNames(pointers);
+    findings.insert(findings.end(), names.begin(), names.end());
+    return findings;
+}
+
+}  // namespace
+
+Status checkAnswer(const Console& console, const CheckRequest& request) {
+    if (request.all && (request.target.profile || request.target.file)) {
+        wrongUse("--all and a profile contradict each other", "leave one of them out");
+    }
+    const CheckContext context = systemCheckContext(systemVocabulary());
+    const Findings findings = request.all
+                                  ? checkAll(context)
+                                  : checkProfile(readTarget(request.target).document, context);
+    if (console.json) {
+        console.out << findingsJson(findings) << "\n";
+    } else {
+        console.out << findingsText(findings);
+        if (findings.empty() && console.isTerminal && !console.quiet) {
+            console.out << "no faults found\n";
+        }
+    }
+    return hasError(findings) ? Status::kNo : Status::kDone;
+}
+
+}  // namespace zamofw
