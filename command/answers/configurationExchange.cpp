@@ -1,0 +1,74 @@
+#include "command/answers/configurationExchange.h"
+
+#include <exception>
+#include <ostream>
+
+#include "command/answers/refusalText.h"
+#include "command/answers/reloadAnswer.h"
+#include "command/history/configuration.h"
+#include "zamofirewall/controller.h"
+#include "zamofirewall/hook.h"
+
+namespace zamofw {
+namespace {
+
+bool isEnabled() {
+    bool enabled = false;
+    return FW::ZAMOFW().fwStatus(enabled) && enabled;
+}
+
+void putRulesIntoForce(const Console& console) {
+    const InForce result = putIntoForce(console, Errors::kShow);
+    if (result.outcome.refused.empty()) {
+        return;
+    }
+    failed(refusalsText(result.outcome.refused) +
+               "the rules could not be put into force, and everything is as it was before",
+           "mend the rule, or disable the firewall first: zamofw disable");
+}
+
+// The hooks tell other packages when the firewall is switched on.
+void switchOn(const Console& console) {
+    FW::ZamoFwHook hook;
+    (void)hook.RunFwEnablePreHook();
+    try {
+        putRulesIntoForce(console);
+    } catch (...) {
+        (void)hook.RunFwEnablePostHook(false);
+        throw;
+    }
+    (void)hook.RunFwEnablePostHook(true);
+}
+
+void followInKernel(const Console& console, bool wasEnabled) {
+    if (!isEnabled()) {
+        if (wasEnabled && !FW::ZAMOFW().fwDisable()) {
+            failed("the firewall could not be switched off", "try `zamofw disable`");
+        }
+    } else if (wasEnabled) {
+        putRulesIntoForce(console);
+    } else {
+        switchOn(console);
+    }
+}
+
+}  // namespace
+
+void exchangeConfiguration(const Console& console, const Json::Value& configuration) {
+    const Json::Value before = readableConfiguration();
+    const bool wasEnabled = isEnabled();
+    try {
+        restoreConfiguration(configuration);
+        followInKernel(console, wasEnabled);
+    } catch (const std::exception&) {
+        try {
+            restoreConfiguration(before);
+        } catch (const std::exception& problem) {
+            console.err << "what was stored before could not be brought back: " << problem.what()
+                        << "\n";
+        }
+        throw;
+    }
+}
+
+}  // namespace zamofw

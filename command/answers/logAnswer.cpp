@@ -1,0 +1,42 @@
+#include <ostream>
+
+#include "command/answers/historyAnswers.h"
+#include "command/answers/jsonLine.h"
+#include "command/answers/table.h"
+#include "command/history/changeLog.h"
+#include "command/words/quoting.h"
+
+namespace zamofw {
+namespace {
+
+Row rowOf(const Json::Value& entry) {
+    std::vector<std::string> words = {"zamofw"};
+    for (const Json::Value& word : entry["command"]) {
+        words.push_back(word.isString() ? word.asString() : "?");
+    }
+    const int result = entry["result"].asInt();
+    return {entry["time"].asString(),
+            entry["user"].asString(),
+            entry["from"].isString() ? entry["from"].asString() : "-",
+            result == 0 ? "done" : "status " + std::to_string(result),
+            shellQuoted(words)};
+}
+
+}  // namespace
+
+Status logAnswer(const Console& console, std::optional<std::size_t> count) {
+    std::vector<Row> rows;
+    for (const Json::Value& entry : loggedChanges(count)) {
+        if (console.json) {
+            console.out << jsonLine(entry) << "\n";
+        } else {
+            rows.push_back(rowOf(entry));
+        }
+    }
+    if (!console.json) {
+        printTable(console, {"TIME", "USER", "FROM", "RESULT", "COMMAND"}, rows);
+    }
+    return Status::kDone;
+}
+
+}  // namespace zamofw
