@@ -1,0 +1,60 @@
+// The words of the commands that look at profiles.
+
+#include "command/answers/checkAnswer.h"
+#include "command/answers/diffAnswer.h"
+#include "command/answers/planAnswer.h"
+#include "command/answers/systemNames.h"
+#include "command/commandLineOptions.h"
+#include "command/commandTable.h"
+
+namespace zamofw {
+namespace {
+
+using Words = std::vector<std::string>;
+
+Answer plan(CLI::App& app, const Words&) {
+    const auto request = std::make_shared<PlanRequest>();
+    addTarget(app, request->target);
+    addOptional(app, "--format", request->format, "lines, restore or json");
+    return [request](const Console& console) { return planAnswer(console, *request); };
+}
+
+Answer check(CLI::App& app, const Words&) {
+    const auto request = std::make_shared<CheckRequest>();
+    addTarget(app, request->target);
+    app.add_flag("--all", request->all, "every stored profile");
+    return [request](const Console& console) { return checkAnswer(console, *request); };
+}
+
+Answer diff(CLI::App& app, const Words&) {
+    const auto request = std::make_shared<DiffRequest>();
+    app.add_option("PROFILE", request->profiles)->expected(0, 2);
+    app.add_option("--file", request->files, "a document that is not stored; - is standard input")
+        ->allow_extra_args(false);
+    return [request](const Console& console) {
+        request->wordsOf = [vocabulary = systemVocabulary()](const FW::FWRULE& rule) {
+            return wordsOfRule(rule, vocabulary);
+        };
+        return diffAnswer(console, *request);
+    };
+}
+
+}  // namespace
+
+Commands inspectionCommands() {
+    return {
+        {"check",
+         "[PROFILE] [--file FILE] [--all]",
+         "what is wrong with a profile, and what looks wrong",
+         check,
+         nullptr},
+        {"plan",
+         "[PROFILE] [--file FILE] [--format lines|restore|json]",
+         "the lines of a profile, with their rules",
+         plan,
+         nullptr},
+        {"diff", "[A] [B] [--file FILE]", "what differs between two profiles", diff, nullptr},
+    };
+}
+
+}  // namespace zamofw

@@ -1,0 +1,72 @@
+// Sessions of the command: each line that begins with "$ " is a shell command, below it what it
+// prints on both streams, and "-> N" when its exit status is not 0.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/support/files.h"
+
+namespace {
+
+std::string run(const std::string& command) {
+    FILE* const pipe = popen(("exec 2>&1; " + command).c_str(), "re");
+    if (pipe == nullptr) {
+        return "the shell cannot be started\n";
+    }
+    std::string output;
+    std::array<char, 4096> buffer = {};
+    for (std::size_t count = 0; (count = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
+        output.append(buffer.data(), count);
+    }
+    const int status = pclose(pipe);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        output += "-> " + std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : -1) + "\n";
+    }
+    return output;
+}
+
+std::string played(const std::string& path) {
+    std::ifstream file(path);
+    std::string text;
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind("$ ", 0) == 0) {
+            text += line + "\n" + run(line.substr(2));
+        } else if (line.empty() || line[0] == '#') {
+            text += line + "\n";
+        }
+    }
+    return text;
+}
+
+class CommandSession : public testing::TestWithParam<const char*> {
+  protected:
+    void SetUp() override {
+        for (const char* const directory :
+             {"/usr/zamo/etc/firewall.d", "/var/lib/zamofw", "/var/log/zamofw"}) {
+            std::filesystem::remove_all(directory);
+        }
+        std::filesystem::create_directories("/usr/zamo/etc/firewall.d");
+        for (const char* const variable : {"SUDO_USER", "SSH_CONNECTION", "VISUAL", "EDITOR"}) {
+            (void)unsetenv(variable);
+        }
+        const char* const path = std::getenv("PATH");
+        (void)setenv("PATH",
+                     (PROGRAM_DIRECTORY ":" + std::string(path == nullptr ? "" : path)).c_str(), 1);
+    }
+};
+
+TEST_P(CommandSession, goesAsWritten) {
+    const std::string path = std::string(SESSION_DIRECTORY "/") + GetParam() + ".txt";
+    EXPECT_EQ(played(path), test::readFile(path));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, CommandSession,
+                         testing::Values("wrongWords", "profiles", "history", "catalogue"));
+
+}  // namespace
