@@ -37,10 +37,14 @@ void forEachFile(const char* directory, const Visit& visit) {
     }
 }
 
-std::map<std::string, std::int32_t> services() {
+Catalogue loadCatalogue() {
     ZAMOFwServiceList* loaded = nullptr;
     (void)ZAMOFwServiceEnum(&loaded);
-    const Catalogue catalogue(loaded, ZAMOFwServiceFree);
+    return {loaded, ZAMOFwServiceFree};
+}
+
+std::map<std::string, std::int32_t> services() {
+    const Catalogue catalogue = loadCatalogue();
     std::map<std::string, std::int32_t> found;
     for (const char* const directory : kServiceDirectories) {
         forEachFile(directory, [&](const fs::path& path) {
@@ -55,6 +59,13 @@ std::map<std::string, std::int32_t> services() {
         });
     }
     return found;
+}
+
+bool isIdle(const ZAMOFwService& service) {
+    const auto isEmpty = [](const VLIBCSzList* list) {
+        return list == nullptr || VLIBCSzListCount(list) == 0;
+    };
+    return service.valid == 0 || (isEmpty(service.srcPorts) && isEmpty(service.dstPorts));
 }
 
 void addCountries(int family, std::map<std::string, std::set<int>>& countries) {
@@ -82,8 +93,13 @@ Vocabulary systemVocabulary() {
 
 CheckContext systemCheckContext(const Vocabulary& vocabulary) {
     CheckContext context;
-    for (const auto& service : vocabulary.services) {
-        context.services.insert(service.first);
+    const Catalogue catalogue = loadCatalogue();
+    for (const auto& [name, protocol] : vocabulary.services) {
+        context.services.insert(name);
+        const ZAMOFwService* const service = ZAMOFWServiceFind(catalogue.get(), name.c_str());
+        if (service != nullptr && isIdle(*service)) {
+            context.idleServices.insert(name);
+        }
     }
     (void)FW::ZAMOFW().fwAdapterEnum(context.adapters);
     context.hasCountry = [countries = vocabulary.countries](const std::string& code, int family) {
