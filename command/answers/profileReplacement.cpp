@@ -46,9 +46,12 @@ Status replaceProfile(const Console& console,
         answerChange(console, false, "nothing to change: " + shown(name) + " is stored like this");
         return Status::kDone;
     }
-    if (loss == Loss::kAsk && stored.rules > 0 &&
-        !console.confirm("the profile " + shown(name) + " with its " +
-                         counted(stored.rules, "rule") + " would be replaced; replace it?")) {
+    const bool isLost = stored.isThere && (!stored.isReadable || stored.rules > 0);
+    const std::string lost = stored.isReadable ? "with its " + counted(stored.rules, "rule")
+                                               : "whose document cannot be read";
+    if (loss == Loss::kAsk && isLost &&
+        !console.confirm("the profile " + shown(name) + " " + lost +
+                         " would be replaced; replace it?")) {
         return refusedChange(console);
     }
     return recordedChange(call, [&] {
