@@ -4,7 +4,6 @@
 #include <ostream>
 
 #include "command/answers/refusalText.h"
-#include "command/answers/reloadAnswer.h"
 #include "command/history/configuration.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/hook.h"
@@ -17,8 +16,8 @@ bool isEnabled() {
     return FW::ZAMOFW().fwStatus(enabled) && enabled;
 }
 
-void putRulesIntoForce(const Console& console) {
-    const InForce result = putIntoForce(console, Errors::kShow);
+void putRulesIntoForce(const Console& console, Errors errors) {
+    const InForce result = putIntoForce(console, errors);
     if (result.outcome.refused.empty()) {
         return;
     }
@@ -28,11 +27,11 @@ void putRulesIntoForce(const Console& console) {
 }
 
 // The hooks tell other packages when the firewall is switched on.
-void switchOn(const Console& console) {
+void switchOn(const Console& console, Errors errors) {
     FW::ZamoFwHook hook;
     (void)hook.RunFwEnablePreHook();
     try {
-        putRulesIntoForce(console);
+        putRulesIntoForce(console, errors);
     } catch (...) {
         (void)hook.RunFwEnablePostHook(false);
         throw;
@@ -40,26 +39,28 @@ void switchOn(const Console& console) {
     (void)hook.RunFwEnablePostHook(true);
 }
 
-void followInKernel(const Console& console, bool wasEnabled) {
+void followInKernel(const Console& console, bool wasEnabled, Errors errors) {
     if (!isEnabled()) {
         if (wasEnabled && !FW::ZAMOFW().fwDisable()) {
             failed("the firewall could not be switched off", "try `zamofw disable`");
         }
     } else if (wasEnabled) {
-        putRulesIntoForce(console);
+        putRulesIntoForce(console, errors);
     } else {
-        switchOn(console);
+        switchOn(console, errors);
     }
 }
 
 }  // namespace
 
-void exchangeConfiguration(const Console& console, const Json::Value& configuration) {
+void exchangeConfiguration(const Console& console,
+                           const Json::Value& configuration,
+                           Errors errors) {
     const Json::Value before = readableConfiguration();
     const bool wasEnabled = isEnabled();
     try {
         restoreConfiguration(configuration);
-        followInKernel(console, wasEnabled);
+        followInKernel(console, wasEnabled, errors);
     } catch (const std::exception&) {
         try {
             restoreConfiguration(before);

@@ -4,6 +4,7 @@
 
 #include <json/value.h>
 
+#include "command/answers/reloadAnswer.h"
 #include "command/console.h"
 
 namespace zamofw {
@@ -11,7 +12,7 @@ namespace zamofw {
 // Stores the exported configuration, and makes the kernel follow: the rules of an enabled firewall
 // are put into force as one transaction, those of one that is disabled now are removed. Throws
 // Failure when that fails, with all as it was before: a refused line takes the whole exchange back.
-void exchangeConfiguration(const Console& console, const Json::Value& configuration);
+void exchangeConfiguration(const Console& console, const Json::Value& configuration, Errors errors);
 
 }  // namespace zamofw
 

@@ -159,7 +159,7 @@ Status importAnswer(const Console& console,
         return refusedChange(console);
     }
     return recordedChange(call, [&] {
-        exchangeConfiguration(console, wanted);
+        exchangeConfiguration(console, wanted, Errors::kKnown);
         answerChange(console,
                      true,
                      "imported: " + counted(found.added.size(), "profile") + " added, " +

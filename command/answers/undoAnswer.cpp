@@ -13,7 +13,7 @@ Status undoAnswer(const Console& console, const std::vector<std::string>& call) 
             answerChange(console, false, "there is no change to take back");
             return Status::kNo;
         }
-        exchangeConfiguration(console, snapshot->configuration);
+        exchangeConfiguration(console, snapshot->configuration, Errors::kShow);
         answerChange(console,
                      true,
                      "all is as it was before " + snapshot->time + ": zamofw " +
