@@ -51,7 +51,9 @@ Refusal refusalAt(int family,
     refusal.family = family;
     refusal.line = lines[index];
     refusal.message = words;
-    const PlannedLine* const origin = input.origins[index];
+    // A table that is not there is refused at the line that opens it.
+    const bool opensTable = starts_with(lines[index], "*") && index + 1 < input.origins.size();
+    const PlannedLine* const origin = input.origins[index + (opensTable ? 1 : 0)];
     if (origin != nullptr) {
         refusal.line = origin->line;
         refusal.adapter = origin->adapter;
