@@ -67,6 +67,7 @@ TEST_P(CommandSession, goesAsWritten) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CommandSession,
-                         testing::Values("wrongWords", "profiles", "history", "catalogue"));
+                         testing::Values("wrongWords", "profiles", "history", "catalogue",
+                                         "check"));
 
 }  // namespace
