@@ -218,8 +218,7 @@ std::string helpOf(const Command& command) {
         (void)command.declare(app, {});
         for (const CLI::Option* const option : app.get_options()) {
             if (!option->get_description().empty()) {
-                text += "\n  " + option->get_name(/*positional=*/true) + "\n      " +
-                        option->get_description();
+                text += "\n  " + option->get_name() + "\n      " + option->get_description();
             }
         }
         text += "\n";
