@@ -162,11 +162,11 @@ Status reloadAnswer(const Console& console, const ReloadRequest& request) {
 
 Status profileUseAnswer(const Console& console, const ProfileUseRequest& request) {
     requireRoot("choosing the profile in force");
-    const Target profile = readTarget({request.name, {}});
-    if (!profile.isStored) {
+    if (isPath(request.name)) {
         wrongUse("`" + request.name + "` is a file, and only a stored profile can be in force",
                  "store it first with `zamofw profile set NAME FILE`");
     }
+    const Target profile = readTarget({request.name, {}});
     showFindings(console, profile, request.errors);
     return recordedChange(request.given, [&] {
         if (request.reload) {

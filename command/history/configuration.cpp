@@ -99,6 +99,10 @@ void requireStoreDirectory() {
                std::string("make it with `mkdir -p ") + FW::kProfileDirectory +
                    "`, or install the package again");
     }
+    // Without it the store looks empty to a caller who may not read it.
+    if (access(FW::kProfileDirectory, R_OK | X_OK) != 0 && errno == EACCES) {
+        requireRoot("reading the profiles");
+    }
     Json::Value settings;
     if (geteuid() == 0 && access(FW::kSettingsFile, F_OK) != 0) {
         (void)FW::ZAMOFW().configGet(settings);
