@@ -45,7 +45,7 @@ Status checkAnswer(const Console& console, const CheckRequest& request) {
     if (request.all && (request.target.profile || request.target.file)) {
         wrongUse("--all and a profile contradict each other", "leave one of them out");
     }
-    const CheckContext context = systemCheckContext(systemVocabulary());
+    const CheckContext context = systemCheckContext();
     const Findings findings = request.all
                                   ? checkAll(context)
                                   : checkProfile(readTarget(request.target).document, context);

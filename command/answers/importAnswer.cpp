@@ -139,7 +139,7 @@ Status importAnswer(const Console& console,
         requireRoot("importing a configuration");
     }
     const Document document = readDocument(readText(request.file), request.file);
-    const CheckContext context = systemCheckContext(systemVocabulary());
+    const CheckContext context = systemCheckContext();
     if (!isAccepted(console, checkExport(document, context), request.force)) {
         return request.planOnly ? Status::kNo : refusedChange(console);
     }

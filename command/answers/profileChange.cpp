@@ -73,7 +73,7 @@ Findings lostFindings(const Document& stored, const CheckContext& context) {
 }
 
 bool isAcceptable(const Console& console, const ProfileChange& change, const Edited& result) {
-    const CheckContext context = systemCheckContext(systemVocabulary());
+    const CheckContext context = systemCheckContext();
     Findings findings = lostFindings(result.stored.document, context);
     for (Finding& finding : checkProfile(readDocument(result.after, change.profile), context)) {
         findings.push_back(std::move(finding));

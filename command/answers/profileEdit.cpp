@@ -22,7 +22,7 @@ bool wantsToEditAgain(const Console& console) {
 Status profileEdit(const Console& console, const Words& call, const std::string& name, bool force) {
     requireRoot("editing a profile");
     requireStoredProfile(name);
-    const CheckContext context = systemCheckContext(systemVocabulary());
+    const CheckContext context = systemCheckContext();
     const std::string before = readTarget({name, {}}).document.text;
     EditedFile file(before);
     while (true) {

@@ -24,8 +24,7 @@ void showFindings(const Console& console, const Target& profile, Errors errors) 
     if (errors == Errors::kKnown) {
         return;
     }
-    const Findings findings =
-        checkProfile(profile.document, systemCheckContext(systemVocabulary()));
+    const Findings findings = checkProfile(profile.document, systemCheckContext());
     console.err << findingsText(findings);
     if (errors == Errors::kRefuse && hasError(findings)) {
         throw Failure(Status::kNo,

@@ -14,7 +14,7 @@ Status profileSet(const Console& console, const Words& call, const ProfileSetReq
         requireFreeName(request.name);
     }
     const Target target = readTarget({std::nullopt, request.file});
-    const CheckContext context = systemCheckContext(systemVocabulary());
+    const CheckContext context = systemCheckContext();
     if (!isAccepted(console, checkProfile(target.document, context), request.force)) {
         return refusedChange(console);
     }

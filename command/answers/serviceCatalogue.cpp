@@ -2,10 +2,8 @@
 
 #include <json/reader.h>
 #include <json/value.h>
-#include <zamo/serviceconf.h>
 
 #include <algorithm>
-#include <memory>
 
 #include "command/answers/systemNames.h"
 #include "command/console.h"
@@ -15,14 +13,6 @@
 
 namespace zamofw {
 namespace {
-
-using Catalogue = std::unique_ptr<ZAMOFwServiceList, void (*)(ZAMOFwServiceList*)>;
-
-Catalogue loadCatalogue() {
-    ZAMOFwServiceList* loaded = nullptr;
-    (void)ZAMOFwServiceEnum(&loaded);
-    return {loaded, ZAMOFwServiceFree};
-}
 
 // The catalogue does not hold the titles. Of two files the added one counts.
 std::string titleOf(const std::string& name) {
@@ -84,28 +74,23 @@ Service serviceOf(const ZAMOFwService& entry) {
 }  // namespace
 
 std::vector<Service> serviceCatalogue() {
-    const Catalogue catalogue = loadCatalogue();
     std::vector<Service> services;
-    for (const auto& [name, protocol] : systemVocabulary().services) {
-        const ZAMOFwService* const entry = ZAMOFWServiceFind(catalogue.get(), name.c_str());
-        if (entry != nullptr) {
-            services.push_back(serviceOf(*entry));
-        }
-    }
+    forEachService([&services](const std::string&, const ZAMOFwService& entry) {
+        services.push_back(serviceOf(entry));
+    });
     return services;
 }
 
 Service requiredService(const std::string& name) {
-    const Catalogue catalogue = loadCatalogue();
+    const ServiceCatalogue catalogue = loadServiceCatalogue();
     const ZAMOFwService* const entry =
         catalogue == nullptr ? nullptr : ZAMOFWServiceFind(catalogue.get(), name.c_str());
     if (entry != nullptr) {
         return serviceOf(*entry);
     }
     std::vector<std::string> names;
-    for (const auto& [known, protocol] : systemVocabulary().services) {
-        names.push_back(known);
-    }
+    forEachService(
+        [&names](const std::string& known, const ZAMOFwService&) { names.push_back(known); });
     const std::string near = suggestion(name, names);
     wrongUse("there is no service " + shown(name) + (near.empty() ? "" : ": " + near),
              "`zamofw service list` shows them; they are described in "

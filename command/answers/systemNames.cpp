@@ -1,7 +1,5 @@
 #include "command/answers/systemNames.h"
 
-#include <zamo/serviceconf.h>
-
 #include <array>
 #include <filesystem>
 #include <memory>
@@ -25,7 +23,7 @@ constexpr const char* kServiceExtension = ".json";
 constexpr std::uintmax_t kLeastCountryData = 8;
 constexpr std::size_t kCountryCodeLength = 2;
 
-using Catalogue = std::unique_ptr<ZAMOFwServiceList, void (*)(ZAMOFwServiceList*)>;
+using Countries = std::map<std::string, std::set<int>>;
 using Visit = std::function<void(const fs::path& path)>;
 
 // A directory that is missing or cannot be read is an empty one.
@@ -37,30 +35,6 @@ void forEachFile(const char* directory, const Visit& visit) {
     }
 }
 
-Catalogue loadCatalogue() {
-    ZAMOFwServiceList* loaded = nullptr;
-    (void)ZAMOFwServiceEnum(&loaded);
-    return {loaded, ZAMOFwServiceFree};
-}
-
-std::map<std::string, std::int32_t> services() {
-    const Catalogue catalogue = loadCatalogue();
-    std::map<std::string, std::int32_t> found;
-    for (const char* const directory : kServiceDirectories) {
-        forEachFile(directory, [&](const fs::path& path) {
-            const std::string name = path.stem();
-            const ZAMOFwService* const service =
-                path.extension() == kServiceExtension
-                    ? ZAMOFWServiceFind(catalogue.get(), name.c_str())
-                    : nullptr;
-            if (service != nullptr) {
-                found[name] = service->dstProtocol;
-            }
-        });
-    }
-    return found;
-}
-
 bool isIdle(const ZAMOFwService& service) {
     const auto isEmpty = [](const VLIBCSzList* list) {
         return list == nullptr || VLIBCSzListCount(list) == 0;
@@ -68,41 +42,66 @@ bool isIdle(const ZAMOFwService& service) {
     return service.valid == 0 || (isEmpty(service.srcPorts) && isEmpty(service.dstPorts));
 }
 
-void addCountries(int family, std::map<std::string, std::set<int>>& countries) {
-    const std::string extension = family == 4 ? ".iv4" : ".iv6";
-    forEachFile(FW::kCountryDirectory, [&](const fs::path& path) {
+Countries countriesWithData() {
+    Countries countries;
+    forEachFile(FW::kCountryDirectory, [&countries](const fs::path& path) {
         std::error_code error;
         const std::uintmax_t size = fs::file_size(path, error);
         const std::string code = path.stem();
-        if (!error && size >= kLeastCountryData && path.extension() == extension &&
-            code.size() == kCountryCodeLength) {
-            countries[code].insert(family);
+        const fs::path extension = path.extension();
+        if (!error && size >= kLeastCountryData && code.size() == kCountryCodeLength &&
+            (extension == ".iv4" || extension == ".iv6")) {
+            countries[code].insert(extension == ".iv4" ? 4 : 6);
         }
     });
+    return countries;
 }
 
 }  // namespace
 
+ServiceCatalogue loadServiceCatalogue() {
+    ZAMOFwServiceList* loaded = nullptr;
+    (void)ZAMOFwServiceEnum(&loaded);
+    return {loaded, ZAMOFwServiceFree};
+}
+
+void forEachService(const VisitService& visit) {
+    const ServiceCatalogue catalogue = loadServiceCatalogue();
+    std::set<std::string> names;
+    for (const char* const directory : kServiceDirectories) {
+        forEachFile(directory, [&names](const fs::path& path) {
+            if (path.extension() == kServiceExtension) {
+                names.insert(path.stem());
+            }
+        });
+    }
+    for (const std::string& name : names) {
+        const ZAMOFwService* const service = ZAMOFWServiceFind(catalogue.get(), name.c_str());
+        if (service != nullptr) {
+            visit(name, *service);
+        }
+    }
+}
+
 Vocabulary systemVocabulary() {
     Vocabulary vocabulary;
-    vocabulary.services = services();
-    addCountries(4, vocabulary.countries);
-    addCountries(6, vocabulary.countries);
+    forEachService([&vocabulary](const std::string& name, const ZAMOFwService& service) {
+        vocabulary.services[name] = service.dstProtocol;
+    });
+    vocabulary.countries = countriesWithData();
     return vocabulary;
 }
 
-CheckContext systemCheckContext(const Vocabulary& vocabulary) {
+CheckContext systemCheckContext() {
     CheckContext context;
-    const Catalogue catalogue = loadCatalogue();
-    for (const auto& [name, protocol] : vocabulary.services) {
+    forEachService([&context](const std::string& name, const ZAMOFwService& service) {
         context.services.insert(name);
-        const ZAMOFwService* const service = ZAMOFWServiceFind(catalogue.get(), name.c_str());
-        if (service != nullptr && isIdle(*service)) {
+        if (isIdle(service)) {
             context.idleServices.insert(name);
         }
-    }
+    });
     (void)FW::ZAMOFW().fwAdapterEnum(context.adapters);
-    context.hasCountry = [countries = vocabulary.countries](const std::string& code, int family) {
+    context.hasCountry = [countries = countriesWithData()](const std::string& code, int family) {
         const auto found = countries.find(code);
         return found != countries.end() && found->second.count(family) != 0;
     };
