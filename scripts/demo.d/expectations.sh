@@ -39,6 +39,18 @@ expectAnswer() {
     expect "${*:2}: $1" test "$answer" = "$1"
 }
 
+# expectOutput STATUS TEXT COMMAND [ARGUMENT]...: it ends with this status, and prints this text.
+expectOutput() {
+    local status=0 output
+    output=$("${@:3}" 2>&1) || status=$?
+    printf '$ %s\n%s\n' "${*:3}" "$output"
+    if [ "$status" = "$1" ] && [[ $output = *"$2"* ]]; then
+        note ok "${*:3}: $2"
+    else
+        note FAIL "${*:3}: $2, but: exit status $status"
+    fi
+}
+
 # The library gives the reason for a failure in the system log only.
 collectSystemLog() {
     socat -u UNIX-RECV:/dev/log OPEN:system.log,creat,append &
