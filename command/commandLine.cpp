@@ -23,7 +23,7 @@ constexpr const char* kSeeHelp = "`zamofw --help` shows the commands";
 constexpr const char* kRootOptions =
     "  --json       one JSON document on standard output instead of text\n"
     "  --yes        answer every question with yes\n"
-    "  --quiet      no log lines of the library, no progress\n"
+    "  --quiet      only results and faults: no log lines, no progress, no word of success\n"
     "  --no-color   no colours (the variable NO_COLOR does the same)\n"
     "  --version    the version\n"
     "  --help       this text, or that of a command\n";
@@ -74,22 +74,27 @@ std::string callOf(const Command& command) {
     return std::string(command.name) + (*command.operands == '\0' ? "" : " ") + command.operands;
 }
 
-std::string rootHelp() {
-    const Commands commands = allCommands();
+// The calls with what they do, in two columns.
+std::string tableOf(const Commands& commands) {
     std::size_t width = 0;
     for (const Command& command : commands) {
         width = std::max(width, callOf(command).size());
     }
     width = std::min<std::size_t>(width, 48);
-    std::string text = "zamofw: the administrator's command of the firewall\n\n";
-    text += "usage: zamofw [--json] [--yes] [--quiet] [--no-color] COMMAND ...\n\n";
+    std::string text;
     for (const Command& command : commands) {
         const std::string call = callOf(command);
         const std::string gap = call.size() > width ? "\n" + std::string(width + 4, ' ')
                                                     : std::string(width - call.size() + 2, ' ');
         text += "  " + call + gap + command.summary + "\n";
     }
-    return text + "\n" + kRootOptions +
+    return text;
+}
+
+std::string rootHelp() {
+    return "zamofw: the administrator's command of the firewall\n\n"
+           "usage: zamofw [--json] [--yes] [--quiet] [--no-color] COMMAND ...\n\n" +
+           tableOf(allCommands()) + "\n" + kRootOptions +
            "\nexit status: 0 done or yes, 1 no, 2 wrong use, 3 failed, 4 needs root\n";
 }
 
@@ -98,6 +103,18 @@ Answer print(const std::string& text) {
         console.out << text;
         return Status::kDone;
     };
+}
+
+// Empty when no command of two words begins with this one.
+std::string helpOfGroup(const Commands& commands, const std::string& group) {
+    Commands members;
+    std::copy_if(commands.begin(),
+                 commands.end(),
+                 std::back_inserter(members),
+                 [&group](const Command& command) {
+                     return std::string(command.name).rfind(group + " ", 0) == 0;
+                 });
+    return members.empty() ? "" : "usage: zamofw " + group + " ...\n\n" + tableOf(members);
 }
 
 // The words that may come after `group`, or the first words of all commands.
@@ -277,13 +294,11 @@ CommandLine parseCommandLine(const std::vector<std::string>& given) {
         return line;
     }
     const Commands commands = allCommands();
-    if (words.size() == 2 && isHelp(words[1]) && !namesBelow(commands, words[0]).empty()) {
-        for (const Command& command : commands) {
-            if (std::string(command.name).rfind(words[0] + " ", 0) == 0) {
-                line.answer = print("commands: zamofw " + words[0] + " " +
-                                    listed(namesBelow(commands, words[0])) + "\n");
-                return line;
-            }
+    if (words.size() == 2 && isHelp(words[1])) {
+        const std::string help = helpOfGroup(commands, words[0]);
+        if (!help.empty()) {
+            line.answer = print(help);
+            return line;
         }
     }
     const Command& command = findCommand(commands, words);

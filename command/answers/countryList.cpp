@@ -42,11 +42,10 @@ Status countryList(const Console& console) {
     }
     if (console.json) {
         console.out << jsonLine(json) << "\n";
+    } else if (rows.empty() && !console.quiet) {
+        console.err << "there is no country data in " << FW::kCountryDirectory << "\n";
     } else {
         printTable(console, {"COUNTRY", "IPV4 RANGES", "IPV6 RANGES"}, rows);
-        if (rows.empty() && !console.quiet) {
-            console.err << "there is no country data in " << FW::kCountryDirectory << "\n";
-        }
     }
     return Status::kDone;
 }

@@ -29,22 +29,31 @@ namespace {
 
 constexpr const char* kSystemEditor = "editor";  // Debian's choice of the administrator
 
-std::vector<std::string> editorWords() {
+// Empty when the user has chosen none.
+std::string chosenEditor() {
     for (const char* const name : {"VISUAL", "EDITOR"}) {
         const char* const value = std::getenv(name);
-        const std::string text = boost::trim_copy(std::string(value == nullptr ? "" : value));
+        std::string text = boost::trim_copy(std::string(value == nullptr ? "" : value));
         if (!text.empty()) {
-            std::vector<std::string> words;
-            boost::split(words, text, boost::is_space(), boost::token_compress_on);
-            return words;
+            return text;
         }
     }
-    return {kSystemEditor};
+    return "";
+}
+
+std::vector<std::string> editorWords() {
+    const std::string text = chosenEditor();
+    std::vector<std::string> words = {kSystemEditor};
+    if (!text.empty()) {
+        boost::split(words, text, boost::is_space(), boost::token_compress_on);
+    }
+    return words;
 }
 
 // The signals that this process ignores are the editor's to handle.
 pid_t start(const std::vector<std::string>& words) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words) {
         arguments.push_back(const_cast<char*>(word.c_str()));
     }
@@ -70,6 +79,10 @@ pid_t start(const std::vector<std::string>& words) {
 }
 
 }  // namespace
+
+bool isEditorChosen() {
+    return !chosenEditor().empty();
+}
 
 EditedFile::EditedFile(const std::string& text) {
     std::string directory = "/tmp/zamofw-edit-XXXXXX";

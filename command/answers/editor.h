@@ -5,6 +5,9 @@
 
 namespace zamofw {
 
+// Whether $VISUAL or $EDITOR names an editor.
+[[nodiscard]] bool isEditorChosen();
+
 // A text in a private file that an editor can work on. The file is gone at the end of the scope.
 class EditedFile {
   public:

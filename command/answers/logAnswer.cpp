@@ -9,16 +9,31 @@
 namespace zamofw {
 namespace {
 
+std::string resultText(int result) {
+    switch (static_cast<Status>(result)) {
+        case Status::kDone:
+            return "done";
+        case Status::kNo:
+            return "refused";
+        case Status::kWrongUse:
+            return "wrong use";
+        case Status::kFailed:
+            return "failed";
+        case Status::kNotPermitted:
+            return "not permitted";
+    }
+    return "status " + std::to_string(result);
+}
+
 Row rowOf(const Json::Value& entry) {
     std::vector<std::string> words = {"zamofw"};
     for (const Json::Value& word : entry["command"]) {
         words.push_back(word.isString() ? word.asString() : "?");
     }
-    const int result = entry["result"].asInt();
     return {entry["time"].asString(),
             entry["user"].asString(),
             entry["from"].isString() ? entry["from"].asString() : "-",
-            result == 0 ? "done" : "status " + std::to_string(result),
+            resultText(entry["result"].asInt()),
             shellQuoted(words)};
 }
 

@@ -4,7 +4,6 @@
 #include "command/answers/profileChange.h"
 #include "command/words/policyWord.h"
 #include "command/words/quoting.h"
-#include "command/words/suggestion.h"
 #include "library/model/names.h"
 
 namespace zamofw {
@@ -13,7 +12,7 @@ namespace {
 FW::FW_POLICY policyOf(const std::string& word) {
     const std::optional<FW::FW_POLICY> policy = policyFromWord(word);
     if (!policy) {
-        const std::string near = suggestion(word, {"allow", "deny", "none"});
+        const std::string near = suggestedPolicy(word);
         wrongUse(shown(word) + " is no default" + (near.empty() ? "" : ": " + near),
                  "say allow, deny or none");
     }

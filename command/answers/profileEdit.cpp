@@ -22,6 +22,12 @@ bool wantsToEditAgain(const Console& console) {
 Status profileEdit(const Console& console, const Words& call, const std::string& name, bool force) {
     requireRoot("editing a profile");
     requireStoredProfile(name);
+    if (!console.canAsk && !isEditorChosen()) {
+        wrongUse("there is no terminal for an editor",
+                 "name an editor that needs none in the variable EDITOR, or use `zamofw profile "
+                 "set " +
+                     shellQuoted({name}) + " FILE`");
+    }
     const CheckContext context = systemCheckContext();
     const std::string before = readTarget({name, {}}).document.text;
     EditedFile file(before);

@@ -52,6 +52,9 @@ std::vector<Listed> readableProfiles(const Console& console) {
             console.err << failure.what() << "\n";
         }
     }
+    for (const std::string& fault : unnamedDocuments()) {
+        console.err << fault << "\n";
+    }
     return profiles;
 }
 

@@ -12,7 +12,6 @@
 #include "command/history/configuration.h"
 #include "command/words/plainText.h"
 #include "command/words/quoting.h"
-#include "command/words/suggestion.h"
 #include "library/model/names.h"
 #include "zamofirewall/lockedJson.h"
 #include "zamofirewall/profile.h"
@@ -46,11 +45,7 @@ void requireStoredProfile(const std::string& name) {
                  "`zamofw profile list` shows the names");
     }
     if (!isStoredProfile(name) || isTrialCopy(name)) {
-        const std::vector<std::string> names = storedProfileNames();
-        const std::string near = suggestion(name, names);
-        wrongUse("there is no profile " + shown(name) + (near.empty() ? "" : ": " + near),
-                 names.empty() ? "none is stored: make one with `zamofw profile create NAME`"
-                               : "`zamofw profile list` shows the names");
+        unknownProfile(name);
     }
 }
 
@@ -79,11 +74,9 @@ Json::Value jsonOfDocument(const Document& document) {
         isRead = false;
     }
     if (!isRead) {
-        const Place place =
-            document.placeOf(document.fault ? document.fault->offset : document.root.offset);
-        failed(document.file + ":" + std::to_string(place.line) + ":" +
-                   std::to_string(place.column) + ": " +
-                   (document.fault ? document.fault->message : "this is no JSON object"),
+        failed(document.fault
+                   ? faultText(document)
+                   : placeText(document, document.root.offset) + ": this is no JSON object",
                "mend the document; `zamofw check` shows every fault");
     }
     return json;

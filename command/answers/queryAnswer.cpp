@@ -8,6 +8,7 @@
 
 #include "command/answers/jsonLine.h"
 #include "command/answers/serviceCatalogue.h"
+#include "command/answers/systemNames.h"
 #include "command/answers/table.h"
 #include "command/document/target.h"
 #include "command/words/ports.h"
@@ -71,7 +72,11 @@ std::int32_t protocolOf(const std::optional<std::string>& word) {
     return found->second;
 }
 
-std::string portOf(const std::string& word) {
+std::string portOf(const std::string& word, const std::string& adapter) {
+    if (systemVocabulary().services.count(word) != 0) {
+        wrongUse(shown(word) + " is a service and no port",
+                 "ask with `zamofw query service " + shellQuoted({adapter, word}) + "`");
+    }
     const std::vector<std::string> ports = portsFromText("PORT", word);
     if (ports.size() != 1) {
         wrongUse(shown(word) + " is more than one port", "ask for one port or range at a time");
@@ -105,7 +110,7 @@ Status answerQuery(const Console& console, const Answers& answers) {
 
 Status queryPort(const Console& console, const PortQuery& query) {
     FW::PortCompareST port;
-    port.port = portOf(query.port);
+    port.port = portOf(query.port, query.adapter);
     port.protocol = protocolOf(query.protocol);
     port.portDirect = query.source ? 1 : 0;
     requireAdapter(query.adapter);

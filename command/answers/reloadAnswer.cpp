@@ -54,7 +54,8 @@ void showText(const Console& console, const InForce& result) {
         console.out << "profile `" << result.profile << "` is in force: " << result.outcome.lines
                     << " lines in " << result.outcome.milliseconds << " ms\n";
     } else {
-        console.err << "nothing was changed: the rules that were in force still are\n";
+        console.err << "nothing was changed: the rules that were in force still are\n"
+                    << "  mend the rule, for instance with `zamofw rule replace`\n";
     }
 }
 

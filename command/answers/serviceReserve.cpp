@@ -40,8 +40,8 @@ Status serviceReserve(const Console& console,
         const bool changed = exportText(readableConfiguration()) != before;
         answerChange(console,
                      changed,
-                     boost::algorithm::join(names, ", ") + (changed ? " " : " already ") +
-                         (deny ? "closed" : "open") + " in every profile");
+                     "in every profile now " + std::string(deny ? "closed" : "open") + ": " +
+                         boost::algorithm::join(names, ", "));
         if (changed) {
             noteReload(console, "");
         }

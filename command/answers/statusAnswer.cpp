@@ -73,6 +73,10 @@ Json::Value policiesJson(const Policies& policies) {
     return json;
 }
 
+bool isClosed(const Policies& policies) {
+    return policies.input == "DROP" || policies.forward == "DROP";
+}
+
 std::string policiesText(const Policies& policies) {
     return "INPUT " + policies.input + ", FORWARD " + policies.forward;
 }
@@ -103,6 +107,11 @@ Status statusAnswer(const Console& console) {
                 << "; IPv6: " << policiesText(v6) << "\n"
                 << "kernel    unknown\n"
                 << "trial     none\n";
+    if (isClosed(v4) || isClosed(v6)) {
+        console.out
+            << "the door is closed: a reload is under way, or one was killed; `zamofw reload` "
+               "opens it\n";
+    }
     return Status::kDone;
 }
 

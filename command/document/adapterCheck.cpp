@@ -90,11 +90,13 @@ void checkPolicy(const Member& member,
     }
     if (value.integer != FW::FW_POLICY_DENY && member.name != FW::kGlobalAdapter &&
         withRules.count(member.name) != 0) {
-        findings.warning(value.offset,
-                         where,
-                         {"open-by-default",
-                          "what no rule of " + quoted(member.name) + " matches is let in",
-                          "Set it to 1 (deny), unless that is meant."});
+        findings.warning(
+            value.offset,
+            where,
+            {"open-by-default",
+             "what no rule of " + quoted(member.name) + " matches is let in",
+             "Unless that is meant, set it to 1 (deny), for instance with `zamofw policy PROFILE " +
+                 member.name + " deny`."});
     }
 }
 
@@ -105,7 +107,8 @@ void reportNoPolicy(const Member& member, const Location& where, FindingList& fi
                       quoted(member.name) +
                           " has rules but no default policy, so that what they do not match is "
                           "let in",
-                      "Give it one in `adapterPolicyMap`: 1 is deny, 0 allow, 2 none."});
+                      "Give it one with `zamofw policy PROFILE " + member.name +
+                          " deny`, or in `adapterPolicyMap`: 1 is deny, 0 allow, 2 none."});
 }
 
 }  // namespace

@@ -160,6 +160,15 @@ Place Document::placeOf(std::size_t offset) const {
     return place;
 }
 
+std::string placeText(const Document& document, std::size_t offset) {
+    const Place place = document.placeOf(offset);
+    return document.file + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
+}
+
+std::string faultText(const Document& document) {
+    return placeText(document, document.fault->offset) + ": " + document.fault->message;
+}
+
 Document readDocument(std::string text, const std::string& file) {
     Document document;
     document.file = file;

@@ -53,6 +53,12 @@ struct Document {
     [[nodiscard]] Place placeOf(std::size_t offset) const;
 };
 
+// "FILE:LINE:COLUMN"
+[[nodiscard]] std::string placeText(const Document& document, std::size_t offset);
+
+// "FILE:LINE:COLUMN: MESSAGE" for the syntax fault of a document that has one.
+[[nodiscard]] std::string faultText(const Document& document);
+
 [[nodiscard]] Document readDocument(std::string text, const std::string& file);
 
 }  // namespace zamofw

@@ -17,11 +17,6 @@ using Kind = Node::Kind;
 using RuleMap = std::map<std::string, std::vector<FW::FWRULE>>;
 using PolicyMap = std::map<std::string, FW::FW_POLICY>;
 
-std::string placeText(const Document& document, std::size_t offset) {
-    const Place place = document.placeOf(offset);
-    return document.file + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
-}
-
 bool parseLikeLibrary(const std::string& text, Json::Value& value) {
     try {
         return Json::Reader().parse(text, value, /*collectComments=*/false);

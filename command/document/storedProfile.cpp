@@ -33,6 +33,12 @@ bool isTrialCopy(const std::string& profile) {
     return profile.rfind(".test_", 0) == 0;
 }
 
+void missingStoreDirectory() {
+    failed(std::string("there is no directory ") + FW::kProfileDirectory,
+           std::string("make it with `mkdir -p ") + FW::kProfileDirectory +
+               "`, or install the package again");
+}
+
 std::vector<std::string> profileFiles() {
     std::vector<std::string> paths;
     std::error_code error;
@@ -41,6 +47,9 @@ std::vector<std::string> profileFiles() {
         if (isProfileFile(*entry)) {
             paths.push_back(entry->path());
         }
+    }
+    if (error == std::errc::no_such_file_or_directory) {
+        missingStoreDirectory();
     }
     if (error == std::errc::permission_denied) {
         throw Failure(Status::kNotPermitted,
@@ -90,6 +99,20 @@ std::vector<std::string> storedProfileNames() {
         }
     }
     return {names.begin(), names.end()};
+}
+
+std::vector<std::string> unnamedDocuments() {
+    std::vector<std::string> faults;
+    for (const std::string& path : profileFiles()) {
+        std::string text;
+        if (readTextQuietly(path, text)) {
+            const Document document = readDocument(std::move(text), path);
+            if (document.fault && !nameIn(document)) {
+                faults.push_back(faultText(document));
+            }
+        }
+    }
+    return faults;
 }
 
 }  // namespace zamofw

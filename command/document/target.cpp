@@ -10,6 +10,7 @@
 #include "command/document/profileRecord.h"
 #include "command/document/storedProfile.h"
 #include "command/document/textFile.h"
+#include "command/words/quoting.h"
 #include "command/words/suggestion.h"
 #include "library/model/names.h"
 #include "zamofirewall/controller.h"
@@ -26,35 +27,32 @@ namespace {
     failed(what, "mend the file, or choose a profile with `zamofw profile use NAME`");
 }
 
-[[noreturn]] void unknownName(const std::string& name) {
-    const std::vector<std::string> names = storedProfileNames();
-    std::string remedy = suggestion(name, names);
-    std::error_code error;
-    if (std::filesystem::is_regular_file(name, error)) {
-        remedy = "for the file of that name write ./" + name;
-    } else if (remedy.empty() && names.empty()) {
-        remedy = "no profile is stored; `zamofw profile create NAME` makes one";
-    } else if (remedy.empty()) {
-        remedy = "`zamofw profile list` shows the stored profiles";
-    }
-    wrongUse("there is no profile `" + name + "`", remedy);
-}
-
 Target stored(const std::string& name) {
     std::optional<Document> document = findStored(name);
     if (!document) {
-        unknownName(name);
+        unknownProfile(name);
     }
     return {std::move(*document), name, true};
+}
+
+[[noreturn]] void inForceIsMissing(const std::string& name) {
+    // A document that cannot be read may be the one.
+    const std::vector<std::string> damages = unnamedDocuments();
+    if (!damages.empty()) {
+        failed("the profile in force, " + shown(name) +
+                   ", is not found, and a profile has faults:\n" + damages.front(),
+               "mend the file, or take the last change back with `zamofw undo`");
+    }
+    failed("the profile in force, " + shown(name) + ", is not stored",
+           "make it with `zamofw profile create " + shellQuoted({name}) +
+               "`, or choose another one with `zamofw profile use NAME`");
 }
 
 Target inForce() {
     const std::string name = profileNameInForce();
     std::optional<Document> document = findStored(name);
     if (!document) {
-        failed("the profile in force, `" + name + "`, is not stored",
-               "make it with `zamofw profile create " + name +
-                   "`, or choose another one with `zamofw profile use NAME`");
+        inForceIsMissing(name);
     }
     return {std::move(*document), name, true};
 }
@@ -80,6 +78,19 @@ std::string profileNameInForce() {
         settingsUnreadable();
     }
     return name;
+}
+
+void unknownProfile(const std::string& name) {
+    const std::vector<std::string> names = storedProfileNames();
+    const std::string near = suggestion(name, names);
+    std::string remedy = "`zamofw profile list` shows the names";
+    std::error_code error;
+    if (std::filesystem::is_regular_file(name, error)) {
+        remedy = "for the file of that name write ./" + name;
+    } else if (names.empty()) {
+        remedy = "none is stored: make one with `zamofw profile create NAME`";
+    }
+    wrongUse("there is no profile " + shown(name) + (near.empty() ? "" : ": " + near), remedy);
 }
 
 bool isPath(const std::string& word) {

@@ -26,6 +26,9 @@ struct Target {
 // Whether the word is no name of a stored profile, but the path of a file or "-".
 [[nodiscard]] bool isPath(const std::string& word);
 
+// Ends the call: wrong use, with a suggestion for a near miss.
+[[noreturn]] void unknownProfile(const std::string& name);
+
 // Throws Failure when the settings cannot be read.
 [[nodiscard]] std::string profileNameInForce();
 

@@ -95,9 +95,7 @@ void requireStored(const std::string& path, const Json::Value& document) {
 
 void requireStoreDirectory() {
     if (access(FW::kProfileDirectory, F_OK) != 0 && errno == ENOENT) {
-        failed(std::string("there is no directory ") + FW::kProfileDirectory,
-               std::string("make it with `mkdir -p ") + FW::kProfileDirectory +
-                   "`, or install the package again");
+        missingStoreDirectory();
     }
     // Without it the store looks empty to a caller who may not read it.
     if (access(FW::kProfileDirectory, R_OK | X_OK) != 0 && errno == EACCES) {

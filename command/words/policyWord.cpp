@@ -1,7 +1,11 @@
 #include "command/words/policyWord.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <initializer_list>
+
+#include "command/words/suggestion.h"
 
 namespace zamofw {
 namespace {
@@ -25,6 +29,19 @@ std::optional<FW::FW_POLICY> policyFromWord(const std::string& word) {
         }
     }
     return std::nullopt;
+}
+
+std::string suggestedPolicy(const std::string& word) {
+    const auto isOneOf = [&word](std::initializer_list<const char*> words) {
+        return std::find(words.begin(), words.end(), word) != words.end();
+    };
+    if (isOneOf({"accept", "permit", "pass"})) {
+        return suggestion("allow", {"allow"});
+    }
+    if (isOneOf({"drop", "reject", "block"})) {
+        return suggestion("deny", {"deny"});
+    }
+    return suggestion(word, {"allow", "deny", "none"});
 }
 
 std::optional<std::string> wordOfPolicy(FW::FW_POLICY policy) {

@@ -11,6 +11,10 @@ namespace zamofw {
 
 [[nodiscard]] std::optional<FW::FW_POLICY> policyFromWord(const std::string& word);
 
+// For a near miss, or the word of another firewall: "did you mean `deny`?"; empty for anything
+// else.
+[[nodiscard]] std::string suggestedPolicy(const std::string& word);
+
 // None for a code that no word stands for.
 [[nodiscard]] std::optional<std::string> wordOfPolicy(FW::FW_POLICY policy);
 

@@ -8,8 +8,6 @@
 namespace zamofw {
 namespace {
 
-constexpr unsigned long kHighestPort = 65535;
-
 unsigned long portFromText(const std::string& word,
                            const std::string& text,
                            const std::string& port) {

@@ -9,6 +9,7 @@ namespace zamofw {
 
 // Every port there is, as a range.
 constexpr const char* kEveryPort = "0-65535";
+constexpr unsigned long kHighestPort = 65535;
 
 // Ports and ranges, each as it was said. Wrong use, naming `word`, for anything else.
 [[nodiscard]] std::vector<std::string> portsFromText(const std::string& word,

@@ -1,28 +1,30 @@
 #include "command/words/ruleWords.h"
 
 #include "command/console.h"
+#include "command/words/policyWord.h"
 #include "command/words/ports.h"
 #include "command/words/quoting.h"
 #include "command/words/suggestion.h"
+#include "command/words/values.h"
 #include "command/words/wordForms.h"
 
 namespace zamofw {
 namespace {
 
-// What users of other firewalls say.
-const char* meaningOf(const std::string& word) {
-    if (word == "accept" || word == "permit" || word == "pass") {
-        return "allow";
+// What the word was meant to be, as a question; empty when nothing is near.
+std::string meantBy(const std::string& word, const Vocabulary& vocabulary) {
+    if (vocabulary.services.count(word) != 0) {
+        return "did you mean `--service " + word + "`?";
     }
-    if (word == "drop" || word == "reject" || word == "block") {
-        return "deny";
+    if (numberFromText(word, kHighestPort)) {
+        return "did you mean `--port " + word + "`?";
     }
-    return "";
+    const std::string policy = suggestedPolicy(word);
+    return policy.empty() ? suggestion(word, ruleWordList()) : policy;
 }
 
-[[noreturn]] void refuseWord(const std::string& word) {
-    const std::string meaning = meaningOf(word);
-    const std::string near = suggestion(meaning.empty() ? word : meaning, ruleWordList());
+[[noreturn]] void refuseWord(const std::string& word, const Vocabulary& vocabulary) {
+    const std::string near = meantBy(word, vocabulary);
     wrongUse(shown(word) + " is no word of a rule" + (near.empty() ? "" : ": " + near),
              "a rule is a verdict (allow, deny or none) and any of --from, --to, --from-country, "
              "--to-country, --proto, --port, --source-port, --service, --in, --out, --log, "
@@ -41,7 +43,7 @@ const char* meaningOf(const std::string& word) {
         wrongUse(both + "a rule is for one direction", "say --in or --out");
     }
     if (group == Group::kSide) {
-        wrongUse(both + "a rule names one side of addresses", "write two rules");
+        wrongUse(both + "a rule names one side of addresses", "leave one of them out");
     }
     wrongUse(both + "a rule names one of --port, --source-port and --service", "write two rules");
 }
@@ -79,7 +81,7 @@ void readWord(const std::vector<std::string>& words, std::size_t& index, Reading
     const SplitWord given = split(words[index]);
     const Form* const form = findForm(given.word);
     if (form == nullptr) {
-        refuseWord(given.word);
+        refuseWord(given.word, reading.vocabulary);
     }
     const auto said = reading.said.find(form->group);
     if (said != reading.said.end()) {

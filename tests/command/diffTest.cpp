@@ -154,7 +154,7 @@ TEST_F(Answers, RefuseWhatMakesNoSense) {
     EXPECT_EQ(diff({}).status, 2);
     EXPECT_EQ(diff({"home", "copy"}, {"/tmp/x"}).status, 2);
     EXPECT_EQ(diff({"-"}, {"-"}).status, 2);
-    EXPECT_EQ(diff({"homr"}).out, "there is no profile `homr`");
+    EXPECT_EQ(diff({"homr"}).out, "there is no profile `homr`: did you mean `home`?");
     EXPECT_EQ(plan("line").out, "`line` is no format of a plan");
     EXPECT_EQ(plan("restore", true).status, 2);
 }

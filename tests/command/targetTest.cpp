@@ -142,8 +142,8 @@ TEST_F(Targets, SayWhatIsWrong) {
         const std::string result = targetOf(words);
         EXPECT_NE(result.find(part), std::string::npos) << result;
     };
-    has({"hom", {}}, "2: there is no profile `hom` (did you mean `home`?)");
-    has({".test_home", {}}, "(`zamofw profile list` shows the stored profiles)");
+    has({"hom", {}}, "2: there is no profile `hom`: did you mean `home`?");
+    has({".test_home", {}}, "(`zamofw profile list` shows the names)");
     has({"", {}}, "2: there is no profile ``");
     has({"homes", "x"}, "2: both a profile and --file are given");
     has({"./none", {}}, "3: cannot read ./none: No such file or directory");
@@ -151,10 +151,12 @@ TEST_F(Targets, SayWhatIsWrong) {
     has({{}, "/dev/zero"}, "3: cannot read /dev/zero: File too large");
     test::writeSettings(true, "gone");
     has({}, "3: the profile in force, `gone`, is not stored");
+    test::writeFile(std::string(test::kStore) + "3.json", "{\"rules\": {},}");
+    has({}, "is not found, and a profile has faults:\n/usr/zamo/etc/firewall.d/3.json:1:14: ");
     test::writeFile(test::kSettings, "{");
     has({}, "3: the profile in force is unknown: cannot read /usr/zamo/etc/");
     test::clearFiles();
-    has({"home", {}}, "2: there is no profile `home` (no profile is stored");
+    has({"home", {}}, "2: there is no profile `home` (none is stored");
 }
 
 }  // namespace
