@@ -107,8 +107,8 @@ DumpResult Documents::edit(const Editor& editor, const std::string& path) {
     return write(replacement, path);
 }
 
-void Documents::remove(const std::string& path) {
-    known_.erase(path);
+void Documents::remove(const std::string& path,
+                       const std::function<bool(const Json::Value&)>& kept) {
     LockedFile guard;
     bool locked = false;
     try {
@@ -116,6 +116,10 @@ void Documents::remove(const std::string& path) {
     } catch (const boost::interprocess::interprocess_exception&) {
         // Deleting must not depend on it.
     }
+    if (locked && readUnlessKnown(path) == LoadResult::kLoaded && kept(*documentIn(path))) {
+        return;
+    }
+    known_.erase(path);
     (void)unlink(path.c_str());
     if (locked) {
         guard.deleteLockFile();

@@ -36,9 +36,10 @@ class Documents {
     using Editor = std::function<const Json::Value*(LoadResult result, const Json::Value* stored)>;
     [[nodiscard]] DumpResult edit(const Editor& editor, const std::string& path);
 
-    // Deletes the file and its lock file, the latter only when its lock was acquired: others would
-    // make a second one while the first is held. Logs nothing.
-    void remove(const std::string& path);
+    // Deletes the file and its lock file, unless the file holds a document that is `kept` once its
+    // lock is acquired. Without the lock only the file is deleted: others would make a second lock
+    // file while the first is held. Logs nothing.
+    void remove(const std::string& path, const std::function<bool(const Json::Value&)>& kept);
 
     // How often files have been read. What was made of a document holds until the number grows.
     [[nodiscard]] std::size_t readings() const { return readings_; }

@@ -238,7 +238,10 @@ bool deleteProfile(ProfileIndex& index, const std::string& name) {
         (void)lockDirectory();
         return true;
     }
-    index.documents().remove(path);
+    // Meanwhile another process may have deleted the profile and made one of another name, whose
+    // file got the same number.
+    index.documents().remove(
+        path, [&name](const Json::Value& stored) { return !carriesName(&stored, name); });
     return true;
 }
 

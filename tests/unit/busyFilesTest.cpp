@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <csignal>
 #include <future>
+#include <iostream>
 #include <memory>
 
 #include "tests/support/processes.h"
@@ -80,10 +81,14 @@ class SharedFiles : public testing::Test {
 };
 
 // Creates, changes, reads and deletes profiles: one of its own, one that all share, and one that
-// all create and delete. False when anything goes wrong.
+// all create and delete. False when anything goes wrong, with a word about it on standard error.
 bool useProfiles(const std::string& own) {
     constexpr std::size_t kRules = 20;
     FW::ZAMOFW_JSON_DB database;
+    const auto did = [&own](const char* step, bool done) {
+        std::cerr << (done ? "" : own + ": " + step + " failed\n");
+        return done;
+    };
     const auto set = [&](const std::string& name) {
         return database.profileSet(name, named(name, kRules));
     };
@@ -94,10 +99,16 @@ bool useProfiles(const std::string& own) {
     bool done = true;
     for (int round = 0; round < 15 && done; ++round) {
         (void)database.profileCreate("fleeting");
-        done = database.profileCreate(own) && set(own) && set("fleeting") && set("shared") &&
-               rulesOf(own) == kRules && rulesOf("shared") == kRules &&
-               rulesOf("fleeting") % kRules == 0 && database.profileDelete("fleeting") &&
-               database.profileDelete(own) && !database.profileExist(own);
+        done = did("creating its own", database.profileCreate(own)) &&
+               did("changing its own", set(own)) &&
+               did("changing the fleeting one", set("fleeting")) &&
+               did("changing the shared one", set("shared")) &&
+               did("reading its own", rulesOf(own) == kRules) &&
+               did("reading the shared one", rulesOf("shared") == kRules) &&
+               did("reading the fleeting one", rulesOf("fleeting") % kRules == 0) &&
+               did("deleting the fleeting one", database.profileDelete("fleeting")) &&
+               did("deleting its own", database.profileDelete(own)) &&
+               did("missing its own", !database.profileExist(own));
     }
     return done;
 }
@@ -179,6 +190,12 @@ TEST_F(BusyFiles, KeepAProfileThatWasRenamedAfterTheLookup) {
     test::writeProfile("1.json", named("home"));
     calls_.beforeAccess(kFirst, 2, rename);
     EXPECT_FALSE(profiles_.profileRemoveServ("ssh"));
+    EXPECT_EQ(storedNames(), (Lines{"cabin", "office", ""}));
+
+    // Its file was deleted, and a new profile got the same one.
+    test::writeProfile("1.json", named("home"));
+    calls_.beforeAccess("/var/lock/firewall/", 5, rename);
+    EXPECT_TRUE(profiles_.profileDelete("home"));
     EXPECT_EQ(storedNames(), (Lines{"cabin", "office", ""}));
 
     // Between reading all of them and writing the second.
