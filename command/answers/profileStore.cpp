@@ -22,9 +22,10 @@ namespace {
 
 constexpr std::size_t kLongestName = 255;
 
-// The library's own choice of a file name needs a profile that is there already.
+// The library's own choice of a file name needs a profile that is there already. It draws one of
+// the next hundred numbers, so that none of these can be drawn at the same time.
 std::string newPath() {
-    std::time_t number = std::time(nullptr);
+    std::time_t number = std::time(nullptr) + 100;
     std::string path;
     do {
         path = FW::kProfileDirectory + std::to_string(number++) + FW::kProfileExtension;
