@@ -81,6 +81,21 @@ End run(const std::function<Status()>& change) {
     return end;
 }
 
+// The newest change that has changed anything. One that was killed before it did has left its
+// snapshot.
+std::optional<Snapshot> newestEffectiveSnapshot(const std::string& digest) {
+    std::optional<Snapshot> newest = newestSnapshot();
+    while (newest && digestOf(exportText(newest->configuration)) == digest) {
+        const std::uint64_t number = newest->number;
+        dropSnapshot(number);
+        newest = newestSnapshot();
+        if (newest && newest->number == number) {
+            break;
+        }
+    }
+    return newest;
+}
+
 LoggedChange begun(const std::vector<std::string>& words, const std::string& before) {
     LoggedChange logged;
     logged.time = currentTime();
@@ -133,11 +148,12 @@ Status recordedUndo(const std::vector<std::string>& words,
                     const std::function<Status(const Snapshot*)>& change) {
     requireStoreDirectory();
     const HistoryLock lock;
-    const std::optional<Snapshot> newest = newestSnapshot();
+    const std::string digest = digestNow();
+    const std::optional<Snapshot> newest = newestEffectiveSnapshot(digest);
     if (!newest) {
         return change(nullptr);
     }
-    LoggedChange logged = begun(words, digestNow());
+    LoggedChange logged = begun(words, digest);
     const End end = run([&] { return change(&*newest); });
     finish(logged, end);
     if (end.status == Status::kDone) {
