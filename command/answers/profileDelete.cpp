@@ -7,6 +7,7 @@
 #include "zamofirewall/profile.h"
 
 #include <json/value.h>
+#include <unistd.h>
 
 namespace zamofw {
 namespace {
@@ -34,9 +35,12 @@ Status profileDelete(const Console& console, const Words& call, const std::strin
         return refusedChange(console);
     }
     return recordedChange(call, [&] {
-        if (!FW::ZAMOFW_PROFILE().profileDelete(name)) {
+        // The library does not say when the file cannot be removed.
+        const std::string path = FW::ZAMOFW_PROFILE().profilePathGet(name);
+        if (!FW::ZAMOFW_PROFILE().profileDelete(name) || access(path.c_str(), F_OK) == 0) {
             failed("the profile " + shown(name) + " could not be deleted",
-                   "see whether it has become the profile in force: zamofw profile list");
+                   "see that it is not in force by now (`zamofw profile list`), and that the disk "
+                   "is not mounted read-only");
         }
         answerChange(console, true, "the profile " + shown(name) + " is deleted");
         return Status::kDone;
