@@ -5,6 +5,7 @@
 #include <array>
 #include <boost/algorithm/string/predicate.hpp>
 #include <cstdlib>
+#include <optional>
 #include <sstream>
 #include <string_view>
 
@@ -40,6 +41,19 @@ std::size_t namedLine(const std::string& error) {
         }
     }
     return 0;
+}
+
+// The line that opens a table of a rule's own which the kernel does not have; nothing when the
+// words are about something else.
+std::optional<std::size_t> missingTable(const std::vector<std::string>& lines,
+                                        const std::string& error) {
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (starts_with(lines[i], "*") && lines[i] != "*filter" &&
+            contains(error, "table '" + lines[i].substr(1) + "'")) {
+            return i;
+        }
+    }
+    return std::nullopt;
 }
 
 Refusal refusalAt(int family,
@@ -116,9 +130,17 @@ void throwIfChainIsMissing(int family, const std::string& line) {
 
 // The legacy programs name a line without a cause when its chain is not there; then the program
 // that takes one line says more.
-std::string causeOfLine(int family, const std::string& line, const ProgramResult& result) {
+std::string causeOfLine(int family,
+                        const std::vector<std::string>& lines,
+                        std::size_t index,
+                        const ProgramResult& result) {
+    std::size_t table = index;
+    while (table > 0 && !starts_with(lines[table], "*")) {
+        --table;
+    }
     const std::string words = causeIn(result.error);
-    const std::string more = boost::ends_with(words, "failed") ? wordsAboutLine(family, line) : "";
+    const std::string more =
+        boost::ends_with(words, "failed") ? wordsAboutLine(family, lines[table], lines[index]) : "";
     return more.empty() ? words : more;
 }
 
@@ -126,13 +148,16 @@ std::string causeOfLine(int family, const std::string& line, const ProgramResult
 
 Refusal refusalOf(int family, const RestoreText& input, const ProgramResult& result) {
     const std::string program = restoreProgram(family);
-    throwUnlessAboutLine(family, program, result);
     const std::vector<std::string> lines = linesOf(input.text);
+    if (const auto table = missingTable(lines, result.error)) {
+        return refusalAt(family, input, lines, *table, causeIn(result.error));
+    }
+    throwUnlessAboutLine(family, program, result);
     const std::size_t number = namedLine(result.error);
     if (number > 0 && number <= lines.size() && lines[number - 1] != "COMMIT") {
-        const std::string& line = lines[number - 1];
-        throwIfChainIsMissing(family, line);
-        return refusalAt(family, input, lines, number - 1, causeOfLine(family, line, result));
+        throwIfChainIsMissing(family, lines[number - 1]);
+        return refusalAt(
+            family, input, lines, number - 1, causeOfLine(family, lines, number - 1, result));
     }
     const RefusedLine refused = findRefusedLine(family, lines);
     if (refused.search == RefusedLine::Search::kNothingRefused) {

@@ -19,6 +19,8 @@ namespace {
 
 using boost::algorithm::starts_with;
 
+constexpr const char* kFilterTable = "*filter";
+
 // While this lives, the process and what it starts have an empty packet filter of their own.
 class ScratchNetwork {
   public:
@@ -48,18 +50,22 @@ std::vector<std::string> wordsOf(const std::string& line) {
     return words;
 }
 
-bool restores(int family, const std::string& lines) {
-    const posix::Descriptor file = memoryFile("*filter\n" + lines + "COMMIT\n");
+// `table` is the line that opens it, "*filter".
+bool restores(int family, const std::string& table, const std::string& lines) {
+    const posix::Descriptor file = memoryFile(table + "\n" + lines + "COMMIT\n");
     return runProgram({restoreProgram(family), "-w", kLockSeconds}, file.get()).status == 0;
 }
 
 // What the program that takes one rule says about it, where there are these chains and no rule.
-std::string wordsAbout(int family, const std::string& chains, const std::string& rule) {
+std::string wordsAbout(int family,
+                       const std::string& table,
+                       const std::string& chains,
+                       const std::string& rule) {
     // Only the input's parser takes quotes apart.
-    if (rule.find('"') != std::string::npos || !restores(family, chains)) {
+    if (rule.find('"') != std::string::npos || !restores(family, table, chains)) {
         return "";
     }
-    std::vector<std::string> command = {tool(family), "-w", kLockSeconds};
+    std::vector<std::string> command = {tool(family), "-t", table.substr(1), "-w", kLockSeconds};
     for (const std::string& word : wordsOf(rule)) {
         command.push_back(word);
     }
@@ -70,17 +76,19 @@ std::string emptyChain(const std::string& name) {
     return ":" + name + " - [0:0]\n";
 }
 
+// In the table that is opened at an index.
 class Search {
   public:
-    Search(int family, const std::vector<std::string>& lines) : family_(family) {
+    Search(int family, const std::vector<std::string>& lines, std::size_t begin)
+        : family_(family), table_(lines[begin]) {
         std::set<std::string> chains;
-        for (std::size_t i = 0; i < lines.size() && lines[i] != "COMMIT"; ++i) {
+        for (std::size_t i = begin; i < lines.size() && lines[i] != "COMMIT"; ++i) {
             if (starts_with(lines[i], "-A ")) {
                 rules_.push_back({lines[i], i});
                 chains.insert(wordsOf(lines[i])[1]);
             }
         }
-        for (const char* const hook : {"INPUT", "FORWARD", "OUTPUT"}) {
+        for (const char* const hook : {"INPUT", "FORWARD", "OUTPUT", "PREROUTING", "POSTROUTING"}) {
             chains.erase(hook);
         }
         for (const std::string& chain : chains) {
@@ -105,7 +113,7 @@ class Search {
         }
         found.search = RefusedLine::Search::kFound;
         found.index = rules_[taken].index;
-        found.words = wordsAbout(family_, chains_, rules_[taken].text);
+        found.words = wordsAbout(family_, table_, chains_, rules_[taken].text);
         return found;
     }
 
@@ -121,10 +129,11 @@ class Search {
         for (std::size_t i = 0; i < count; ++i) {
             lines += rules_[i].text + "\n";
         }
-        return restores(family_, lines);
+        return restores(family_, table_, lines);
     }
 
     int family_;
+    std::string table_;
     std::vector<Rule> rules_;
     std::string chains_;
 };
@@ -133,16 +142,27 @@ class Search {
 
 RefusedLine findRefusedLine(int family, const std::vector<std::string>& lines) {
     const ScratchNetwork network;
-    return network.isEntered() ? Search(family, lines).run() : RefusedLine();
+    RefusedLine refused;
+    for (std::size_t i = 0; network.isEntered() && i < lines.size(); ++i) {
+        if (starts_with(lines[i], "*")) {
+            refused = Search(family, lines, i).run();
+        }
+        if (refused.search == RefusedLine::Search::kFound) {
+            break;
+        }
+    }
+    return refused;
 }
 
-std::string wordsAboutLine(int family, const std::string& line) {
+std::string wordsAboutLine(int family, const std::string& table, const std::string& line) {
     const ScratchNetwork network;
     std::string chains;
-    for (const char* const chain : kOurChains) {
-        chains += emptyChain(chain);
+    if (table == kFilterTable) {
+        for (const char* const chain : kOurChains) {
+            chains += emptyChain(chain);
+        }
     }
-    return network.isEntered() ? wordsAbout(family, chains, line) : "";
+    return network.isEntered() ? wordsAbout(family, table, chains, line) : "";
 }
 
 }  // namespace zamofw

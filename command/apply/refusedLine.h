@@ -23,9 +23,11 @@ struct RefusedLine {
 // table, so that parts of the input are tried in a network namespace that nobody else sees.
 [[nodiscard]] RefusedLine findRefusedLine(int family, const std::vector<std::string>& lines);
 
-// What the program says about a rule's line where there are only the firewall's own chains. Empty
-// when it takes the line, or cannot be asked.
-[[nodiscard]] std::string wordsAboutLine(int family, const std::string& line);
+// What the program says about a rule's line in a table ("*filter") where there are only the
+// firewall's own chains. Empty when it takes the line, or cannot be asked.
+[[nodiscard]] std::string wordsAboutLine(int family,
+                                         const std::string& table,
+                                         const std::string& line);
 
 }  // namespace zamofw
 

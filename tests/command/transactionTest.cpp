@@ -100,6 +100,9 @@ TEST_F(Transaction, LeavesEverythingWhenALineIsRefused) {
         {"-A NOSUCH -j RETURN", "No chain"},
         // Only the kernel knows that this belongs to another table.
         {"-A FORWARD_FIREWALL -j CHECKSUM --checksum-fill", "Invalid argument"},
+        {"-t mangle -A NOSUCH -j RETURN", "No chain"},
+        {"-t raw -A PREROUTING -j CHECKSUM --checksum-fill", "Invalid argument"},
+        {"-t nosuch -A INPUT -j RETURN", "nosuch"},
     };
     ASSERT_TRUE(applyPlan(planProfile(profileOf(1, 5))).applied);
     shell("iptables -P INPUT DROP; ip6tables -A FIREWALL_RELOADING -j RETURN");
