@@ -46,6 +46,16 @@ Json::Value resultJson(const InForce& result) {
     return document;
 }
 
+// A document that is refused is an answer, not a failure.
+void checkFirst(const Console& console, const Target& profile, Errors errors) try {
+    showFindings(console, profile, errors);
+} catch (const Failure&) {
+    if (console.json) {
+        console.out << jsonLine(resultJson({profile.name, true, {}})) << "\n";
+    }
+    throw;
+}
+
 void showText(const Console& console, const InForce& result) {
     if (!result.isEnabled) {
         console.out << "the firewall is disabled: no rules were put into force (profile `"
@@ -76,7 +86,7 @@ InForce reloadSequentially(const Console& console, Errors errors) {
     if (!result.isEnabled) {
         return result;
     }
-    showFindings(console, profile, errors);
+    checkFirst(console, profile, errors);
     requireChains();
     const Plan plan = planOf(profile);
     showProgress(console, plan);
@@ -137,7 +147,7 @@ InForce putIntoForce(const Console& console, Errors errors) {
         return result;
     }
     loadKernelModules();
-    showFindings(console, profile, errors);
+    checkFirst(console, profile, errors);
     const Plan plan = planOf(profile);
     showProgress(console, plan);
     result.outcome = applyPlan(plan, lock);
@@ -168,7 +178,7 @@ Status profileUseAnswer(const Console& console, const ProfileUseRequest& request
                  "store it first with `zamofw profile set NAME FILE`");
     }
     const Target profile = readTarget({request.name, {}});
-    showFindings(console, profile, request.errors);
+    checkFirst(console, profile, request.errors);
     return recordedChange(request.given, [&] {
         if (request.reload) {
             return showInForce(console, chooseAndPutIntoForce(console, request));

@@ -23,7 +23,12 @@ Json::Value configuration() {
 Status enableAnswer(const Console& console, const std::vector<std::string>& given, Errors errors) {
     requireRoot("switching the firewall on");
     const Target profile = readTarget({});
-    showFindings(console, profile, errors);
+    try {
+        showFindings(console, profile, errors);
+    } catch (const Failure&) {
+        answerChange(console, false, "");
+        throw;
+    }
     requireChains();
     return recordedChange(given, [&] {
         const bool wasEnabled = isFirewallEnabled();
