@@ -10,7 +10,10 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <fstream>
 #include <new>
+#include <sstream>
+#include <utility>
 
 #include "command/console.h"
 #include "posix/file.h"
@@ -130,17 +133,6 @@ class Attributes {
     posix_spawnattr_t attributes_ = {};
 };
 
-// Whoever started us may have ignored SIGCHLD; then the status of a program would be lost.
-void keepStatusOfChildren() {
-    struct sigaction action = {};
-    if (sigaction(SIGCHLD, nullptr, &action) == 0 &&
-        (action.sa_handler == SIG_IGN || (action.sa_flags & SA_NOCLDWAIT) != 0)) {
-        action = {};
-        action.sa_handler = SIG_DFL;
-        (void)sigaction(SIGCHLD, &action, nullptr);
-    }
-}
-
 [[noreturn]] void cannotStart(const std::string& path, int error) {
     const std::string package = path.find("tables") == std::string::npos ? "" : " iptables";
     failed(path + " cannot be started: " + std::strerror(error),
@@ -157,10 +149,37 @@ posix::Descriptor memoryFile(std::string_view text) {
     return file;
 }
 
-Program::Program(const std::vector<std::string>& command, int input, int inherited)
+Pipe::Pipe() {
+    int ends[2] = {-1, -1};
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        failedCall("no pipe can be made");
+    }
+    posix::Descriptor first(ends[0]);
+    posix::Descriptor second(ends[1]);
+    readEnd = posix::aboveStandardStreams(std::move(first));
+    writeEnd = posix::aboveStandardStreams(std::move(second));
+    if (!readEnd || !writeEnd) {
+        failedCall("no pipe can be made");
+    }
+}
+
+void keepStatusOfChildren() {
+    struct sigaction action = {};
+    if (sigaction(SIGCHLD, nullptr, &action) == 0 &&
+        (action.sa_handler == SIG_IGN || (action.sa_flags & SA_NOCLDWAIT) != 0)) {
+        action = {};
+        action.sa_handler = SIG_DFL;
+        (void)sigaction(SIGCHLD, &action, nullptr);
+    }
+}
+
+Program::Program(const std::vector<std::string>& command,
+                 int input,
+                 int inherited,
+                 const char* variable)
     : path_(command.front()), output_(outputFile()), error_(outputFile()) {
     keepStatusOfChildren();
-    if (input >= 0 && lseek(input, 0, SEEK_SET) != 0) {
+    if (input >= 0 && lseek(input, 0, SEEK_SET) != 0 && errno != ESPIPE) {
         failedCall("the input of " + path_ + " cannot be read from its begin");
     }
     // The lists are not changed, though the call takes them as if they were.
@@ -169,7 +188,8 @@ Program::Program(const std::vector<std::string>& command, int input, int inherit
         arguments.push_back(const_cast<char*>(word.c_str()));
     }
     arguments.push_back(nullptr);
-    char* const environment[] = {const_cast<char*>(kPathVariable), nullptr};
+    char* const environment[] = {
+        const_cast<char*>(kPathVariable), const_cast<char*>(variable), nullptr};
     const FileActions actions(input, output_.get(), error_.get(), inherited);
     const Attributes attributes;
     const int error = posix_spawn(
@@ -205,6 +225,24 @@ ProgramResult Program::finish() {
     result.output = textOf(output_, path_);
     result.error = textOf(error_, path_);
     return result;
+}
+
+bool Program::holdsLock() const {
+    // "1: FLOCK  ADVISORY  WRITE 4711 00:18:1234 0 EOF"; one that is waited for has "->" in front.
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);) {
+        std::istringstream words(line);
+        std::string number;
+        std::string type;
+        std::string mode;
+        std::string access;
+        pid_t holder = 0;
+        if (words >> number >> type >> mode >> access >> holder && type == "FLOCK" && holder > 0 &&
+            getpgid(holder) == process_) {
+            return true;
+        }
+    }
+    return false;
 }
 
 ProgramResult runProgram(const std::vector<std::string>& command, int input, int inherited) {

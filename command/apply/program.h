@@ -23,15 +23,29 @@ struct ProgramResult {
 // needs nobody who writes into a pipe meanwhile.
 [[nodiscard]] posix::Descriptor memoryFile(std::string_view text);
 
+// Both ends are closed when a program is started. Throws Failure when it cannot be made.
+struct Pipe {
+    Pipe();
+    posix::Descriptor readEnd;
+    posix::Descriptor writeEnd;
+};
+
+// Whoever started us may have ignored SIGCHLD; then the status of a child would be lost.
+void keepStatusOfChildren();
+
 // A program that runs in a process group of its own, so that an interrupt from the terminal does
-// not reach it, without a shell, with PATH as its only variable and no descriptor but its standard
+// not reach it, without a shell, with no variable but PATH and no descriptor but its standard
 // streams.
 class Program {
   public:
     // Throws Failure when it cannot be started. `command` begins with the program's path. `input`
-    // is read from its begin; -1 is no input. `inherited` is one more descriptor that the program
-    // keeps open, for a lock that must not end before it.
-    explicit Program(const std::vector<std::string>& command, int input = -1, int inherited = -1);
+    // is a pipe, or a file that is read from its begin; -1 is no input. `inherited` is one more
+    // descriptor that the program keeps open, for a lock that must not end before it. `variable` is
+    // one more variable, NAME=VALUE.
+    explicit Program(const std::vector<std::string>& command,
+                     int input = -1,
+                     int inherited = -1,
+                     const char* variable = nullptr);
     // Waits for it.
     ~Program();
     Program(const Program&) = delete;
@@ -39,6 +53,9 @@ class Program {
 
     // Waits for its end. Throws Failure when it printed more than a program of its kind can.
     [[nodiscard]] ProgramResult finish();
+
+    // Whether it, or a program that it started, holds an flock().
+    [[nodiscard]] bool holdsLock() const;
 
   private:
     void wait();

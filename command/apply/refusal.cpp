@@ -100,12 +100,7 @@ void throwUnlessAboutLine(int family, const std::string& program, const ProgramR
     if (result.status < 0) {
         failed(program + " was ended by signal " + std::to_string(result.signal));
     }
-    if (contains(result.error, "xtables lock")) {
-        failed("the xtables lock " + std::string(kXtablesLock) + " was not free within " +
-                   kLockSeconds + " seconds" + lockHolders(kXtablesLock) + "\n" +
-                   causeIn(result.error),
-               "another program is changing the packet filter; try again when it has ended");
-    }
+    throwIfLockIsHeld(result);
     constexpr std::array<const char*, 5> kNotALine = {"you must be root",
                                                       "Operation not permitted",
                                                       "initialize",
@@ -171,6 +166,15 @@ Refusal refusalOf(int family, const RestoreText& input, const ProgramResult& res
     refusal.family = family;
     refusal.message = words;
     return refusal;
+}
+
+void throwIfLockIsHeld(const ProgramResult& result) {
+    if (result.status > 0 && contains(result.error, "xtables lock")) {
+        failed("the xtables lock " + std::string(kXtablesLock) + " was not free within " +
+                   kLockSeconds + " seconds" + lockHolders(kXtablesLock) + "\n" +
+                   causeIn(result.error),
+               "another program is changing the packet filter; try again when it has ended");
+    }
 }
 
 void failedProgram(int family, const std::string& program, const ProgramResult& result) {

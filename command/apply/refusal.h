@@ -15,6 +15,9 @@ namespace zamofw {
 // packet filter in the kernel.
 [[nodiscard]] Refusal refusalOf(int family, const RestoreText& input, const ProgramResult& result);
 
+// Throws Failure, naming the holder, when the program ended because the xtables lock was not free.
+void throwIfLockIsHeld(const ProgramResult& result);
+
 // Ends the call: the program failed, and no line of ours is the reason.
 [[noreturn]] void failedProgram(int family,
                                 const std::string& program,

@@ -1,12 +1,14 @@
 #include "command/apply/transaction.h"
 
-#include <array>
+#include <json/value.h>
+
 #include <chrono>
-#include <csignal>
 
 #include "command/apply/kernelState.h"
 #include "command/apply/programs.h"
 #include "command/apply/refusal.h"
+#include "command/apply/restore.h"
+#include "command/apply/separateProcess.h"
 #include "command/console.h"
 #include "command/plan/plan.h"
 
@@ -15,80 +17,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// An interrupt from the terminal waits until both families have the same rules.
-class SignalsBlocked {
-  public:
-    SignalsBlocked() {
-        sigset_t signals;
-        sigemptyset(&signals);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP}) {
-            sigaddset(&signals, signal);
-        }
-        (void)pthread_sigmask(SIG_BLOCK, &signals, &previous_);
-    }
-    ~SignalsBlocked() { (void)pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-  private:
-    sigset_t previous_ = {};
-};
-
-class Restore {
-  public:
-    Restore(const Plan& plan, int family, const ExecutionLock& lock)
-        : family_(family),
-          lock_(lock),
-          text_(restoreText(plan, family)),
-          input_(memoryFile(text_.text)) {}
-
-    [[nodiscard]] Program start(const std::vector<std::string>& options) const {
-        std::vector<std::string> command = {
-            restoreProgram(family_), "--noflush", "-w", kLockSeconds};
-        command.insert(command.end(), options.begin(), options.end());
-        // A program that outlives a killed reload keeps the lock until it ends, so that it never
-        // commits its old rules after the new ones of somebody else.
-        return Program(command, input_.get(), lock_.descriptor());
-    }
-
-    // Each table is committed by itself.
-    [[nodiscard]] bool hasOneTable() const {
-        return text_.text.find("\nCOMMIT\n") + sizeof "\nCOMMIT" == text_.text.size();
-    }
-
-    // Whether part of the lines may be in force after this result, or all of them.
-    [[nodiscard]] bool mayBeCommitted(const ProgramResult& result) const {
-        return result.status < 0 || (result.status != 0 && !hasOneTable());
-    }
-
-    // A program that somebody ends may or may not have committed its lines; they can be committed
-    // twice.
-    [[nodiscard]] ProgramResult commit() const {
-        ProgramResult result = start({}).finish();
-        return result.status < 0 ? start({}).finish() : result;
-    }
-
-    // Whether the program took the lines; if not, the refusal is noted. Throws Failure when it
-    // failed for another reason.
-    [[nodiscard]] bool isTaken(const ProgramResult& result, Outcome& outcome) const {
-        if (result.status == 0) {
-            return true;
-        }
-        outcome.refused.push_back(refusalOf(family_, text_, result));
-        return false;
-    }
-
-  private:
-    int family_;
-    const ExecutionLock& lock_;
-    RestoreText text_;
-    posix::Descriptor input_;
-};
-
 // The two run at the same time. Each has had its say before one of them ends the call.
 bool areBothTaken(const Restore& v4, const Restore& v6, Outcome& outcome) {
-    Program test4 = v4.start({"--test"});
-    Program test6 = v6.start({"--test"});
+    Program test4 = v4.startTest();
+    Program test6 = v6.startTest();
     const ProgramResult result4 = test4.finish();
     const ProgramResult result6 = test6.finish();
     const bool isTaken4 = v4.isTaken(result4, outcome);
@@ -108,25 +40,117 @@ void putBack(int family, const std::string& saved, const ExecutionLock& lock) {
     }
 }
 
-void commit(const Restore& v4, const Restore& v6, const ExecutionLock& lock, Outcome& outcome) {
+struct Results {
+    ProgramResult v4;
+    std::optional<ProgramResult> v6;
+};
+
+ProgramResult commitIpv6(const Restore& v6, WaitingRestore* waiting) {
+    if (waiting != nullptr && waiting->commit().status == 0) {
+        return {0, 0, "", ""};
+    }
+    // Its own limit of time, which it keeps for the lock, may have ended the one that waited. If
+    // the kernel refuses the lines, the program says so once more, and now without the padding.
+    return v6.commit();
+}
+
+// From the first commit on, both families get their lines or both keep what they have.
+Results commitBoth(const Restore& v4,
+                   const Restore& v6,
+                   WaitingRestore* waiting6,
+                   const ExecutionLock& lock) {
     const std::string saved4 = savedChains(4);
     const std::string saved6 = v6.hasOneTable() ? "" : savedChains(6);
-    const SignalsBlocked blocked;
-    const ProgramResult result4 = v4.commit();
-    if (v4.mayBeCommitted(result4)) {
+    const XtablesLock xtablesLock =
+        waiting6 != nullptr && waiting6->holdsLock() ? XtablesLock::kHeldForUs : XtablesLock::kTake;
+    const Unstoppable unstoppable;
+    Results results = {v4.commit(xtablesLock), std::nullopt};
+    if (results.v4.status != 0) {
+        if (waiting6 != nullptr) {
+            (void)waiting6->cancel();
+        }
+        if (v4.mayBeCommitted(results.v4)) {
+            putBack(4, saved4, lock);
+        }
+        return results;
+    }
+    results.v6 = commitIpv6(v6, waiting6);
+    if (results.v6->status != 0) {
         putBack(4, saved4, lock);
     }
-    if (!v4.isTaken(result4, outcome)) {
-        return;
-    }
-    const ProgramResult result6 = v6.commit();
-    if (result6.status != 0) {
-        putBack(4, saved4, lock);
-    }
-    if (v6.mayBeCommitted(result6) && !saved6.empty()) {
+    if (v6.mayBeCommitted(*results.v6) && !saved6.empty()) {
         putBack(6, saved6, lock);
     }
-    outcome.applied = v6.isTaken(result6, outcome);
+    return results;
+}
+
+void commit(const Restore& v4,
+            const Restore& v6,
+            WaitingRestore* waiting6,
+            const ExecutionLock& lock,
+            Outcome& outcome) {
+    const Results results = commitBoth(v4, v6, waiting6, lock);
+    outcome.applied = v4.isTaken(results.v4, outcome) && v6.isTaken(*results.v6, outcome);
+}
+
+// Tests IPv6 by a restore that then waits for its commit, and IPv4 by its commit itself, which
+// changes nothing when a line is refused: both families are tested before anything is changed, and
+// their lines are parsed once. False when this is not possible; nothing is changed then.
+bool tryInOneGo(const Restore& v4, const Restore& v6, const ExecutionLock& lock, Outcome& outcome) {
+    if (!v4.hasOneTable() || !v6.hasOneTable()) {
+        return false;
+    }
+    WaitingRestore waiting6(v6);
+    if (waiting6.isWaiting()) {
+        commit(v4, v6, &waiting6, lock, outcome);
+        return true;
+    }
+    // Without the lock, a test would wait just as long for nothing.
+    throwIfLockIsHeld(waiting6.cancel());
+    return false;
+}
+
+Outcome apply(const Restore& v4, const Restore& v6, const ExecutionLock& lock) {
+    Outcome outcome;
+    if (!tryInOneGo(v4, v6, lock, outcome) && areBothTaken(v4, v6, outcome)) {
+        commit(v4, v6, nullptr, lock, outcome);
+    }
+    return outcome;
+}
+
+Json::Value toJson(const Outcome& outcome) {
+    Json::Value json;
+    json["applied"] = outcome.applied;
+    json["refused"] = Json::arrayValue;
+    for (const Refusal& refusal : outcome.refused) {
+        Json::Value& entry = json["refused"].append(Json::objectValue);
+        entry["family"] = refusal.family;
+        entry["line"] = refusal.line;
+        entry["adapter"] = refusal.adapter;
+        entry["name"] = refusal.name;
+        entry["message"] = refusal.message;
+        if (refusal.position) {
+            entry["position"] = Json::UInt64{*refusal.position};
+        }
+    }
+    return json;
+}
+
+Outcome fromJson(const Json::Value& json) {
+    Outcome outcome;
+    outcome.applied = json["applied"].asBool();
+    for (const Json::Value& entry : json["refused"]) {
+        Refusal& refusal = outcome.refused.emplace_back();
+        refusal.family = entry["family"].asInt();
+        refusal.line = entry["line"].asString();
+        refusal.adapter = entry["adapter"].asString();
+        refusal.name = entry["name"].asString();
+        refusal.message = entry["message"].asString();
+        if (entry.isMember("position")) {
+            refusal.position = entry["position"].asUInt64();
+        }
+    }
+    return outcome;
 }
 
 }  // namespace
@@ -138,13 +162,10 @@ Outcome applyPlan(const Plan& plan) {
 
 Outcome applyPlan(const Plan& plan, const ExecutionLock& lock) {
     const Clock::time_point begin = Clock::now();
-    Outcome outcome;
-    outcome.lines = plan.v4.size() + plan.v6.size();
     const Restore v4(plan, 4, lock);
     const Restore v6(plan, 6, lock);
-    if (areBothTaken(v4, v6, outcome)) {
-        commit(v4, v6, lock, outcome);
-    }
+    Outcome outcome = fromJson(inSeparateProcess([&] { return toJson(apply(v4, v6, lock)); }));
+    outcome.lines = plan.v4.size() + plan.v6.size();
     outcome.milliseconds =
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
     return outcome;

@@ -1,0 +1,151 @@
+#include "command/apply/separateProcess.h"
+
+#include <fcntl.h>
+#include <json/reader.h>
+#include <json/writer.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "command/apply/program.h"
+#include "command/console.h"
+#include "posix/file.h"
+
+namespace zamofw {
+namespace {
+
+// Not the command's name: whoever kills that by name must not hit both processes.
+constexpr const char* kProcessName = "fw-transaction";
+
+constexpr const char* kAnswer = "answer";
+constexpr const char* kStatus = "status";
+constexpr const char* kMessage = "message";
+constexpr const char* kRemedy = "remedy";
+
+Json::Value failureReport(Status status, const std::string& message, const std::string& remedy) {
+    Json::Value report;
+    report[kStatus] = static_cast<int>(status);
+    report[kMessage] = message;
+    report[kRemedy] = remedy;
+    return report;
+}
+
+Json::Value reportOf(const std::function<Json::Value()>& work) {
+    try {
+        Json::Value report;
+        report[kAnswer] = work();
+        return report;
+    } catch (const Failure& failure) {
+        return failureReport(failure.status(), failure.what(), failure.remedy());
+    } catch (const std::bad_alloc&) {
+        return failureReport(Status::kFailed, "out of memory", "");
+    } catch (const std::exception& problem) {
+        return failureReport(Status::kFailed, std::string("internal fault: ") + problem.what(), "");
+    }
+}
+
+// The texts may be any bytes, and arrive as they are.
+std::string textOf(const Json::Value& report) {
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    return Json::writeString(builder, report);
+}
+
+void dieWith(pid_t parent) {
+    // The second call is for a parent that died before the first one.
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) {
+        _exit(EXIT_FAILURE);
+    }
+}
+
+[[noreturn]] void work(pid_t parent, int output, const std::function<Json::Value()>& work) {
+    dieWith(parent);
+    (void)setsid();
+    (void)prctl(PR_SET_NAME, kProcessName);
+    // A program that ends before it has read its input is a failure that the work deals with.
+    (void)signal(SIGPIPE, SIG_IGN);
+    // Not exit(): what waits in the buffers of the streams belongs to the parent.
+    _exit(posix::writeWhole(output, textOf(reportOf(work))) ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+std::string readToEnd(int input) {
+    std::string text;
+    char buffer[4096];
+    while (true) {
+        const ssize_t count = read(input, buffer, sizeof buffer);
+        if (count > 0) {
+            text.append(buffer, static_cast<std::size_t>(count));
+        } else if (count == 0 || errno != EINTR) {
+            return text;
+        }
+    }
+}
+
+void waitForEnd(pid_t process) {
+    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}
+
+// None when the child has ended without a word.
+std::optional<Json::Value> answerOfChild(const std::function<Json::Value()>& action) {
+    Pipe pipe;
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child < 0) {
+        failed(std::string("no process can be started: ") + std::strerror(errno));
+    }
+    if (child == 0) {
+        work(parent, pipe.writeEnd.get(), action);
+    }
+    (void)pipe.writeEnd.close();
+    const std::string text = readToEnd(pipe.readEnd.get());
+    waitForEnd(child);
+    Json::Value report;
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    if (!reader->parse(text.data(), text.data() + text.size(), &report, nullptr)) {
+        return std::nullopt;
+    }
+    if (report.isMember(kStatus)) {
+        throw Failure(static_cast<Status>(report[kStatus].asInt()),
+                      report[kMessage].asString(),
+                      report[kRemedy].asString());
+    }
+    return report[kAnswer];
+}
+
+}  // namespace
+
+Json::Value inSeparateProcess(const std::function<Json::Value()>& work) {
+    keepStatusOfChildren();
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (const std::optional<Json::Value> answer = answerOfChild(work)) {
+            return *answer;
+        }
+    }
+    failed("somebody has killed the process that puts the rules into force, twice",
+           "run `zamofw reload`: IPv4 and IPv6 may have rules of different profiles");
+}
+
+Unstoppable::Unstoppable() : parent_(getppid()) {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP}) {
+        sigaddset(&signals, signal);
+    }
+    (void)pthread_sigmask(SIG_BLOCK, &signals, &previous_);
+    (void)prctl(PR_SET_PDEATHSIG, 0);
+}
+
+Unstoppable::~Unstoppable() {
+    dieWith(parent_);
+    (void)pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+}
+
+}  // namespace zamofw
