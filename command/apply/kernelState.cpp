@@ -3,7 +3,6 @@
 #include <array>
 #include <sstream>
 #include <string_view>
-#include <vector>
 
 #include "command/apply/programs.h"
 #include "command/apply/refusal.h"
@@ -60,22 +59,25 @@ Policies kernelPolicies(int family) try {
     return {};
 }
 
-std::string savedChains(int family) {
+SavedChains::SavedChains(int family) {
     const ProgramResult result = runProgram({saveProgram(family), "-t", "filter", "-c"});
-    if (result.status != 0) {
+    table_ = result.output;
+    const bool isWhole = result.status == 0 && table_.rfind("\nCOMMIT\n") != std::string::npos;
+    if (!isWhole) {
         failedProgram(family, saveProgram(family), result);
     }
-    std::string chains = "*filter\n";
-    std::string rules;
     for (const char* const chain : kOurChains) {
-        if (result.output.find(std::string("\n:") + chain + " ") == std::string::npos) {
+        if (table_.find(std::string("\n:") + chain + " ") == std::string::npos) {
             chainIsMissing(family, chain);
         }
     }
-    bool isWhole = false;
-    std::istringstream lines(result.output);
+}
+
+std::string SavedChains::input() const {
+    std::string chains = "*filter\n";
+    std::string rules;
+    std::istringstream lines(table_);
     for (std::string line; std::getline(lines, line);) {
-        isWhole = isWhole || line == "COMMIT";
         const std::string_view chain = chainOf(line);
         if (line[0] == ':' && (isOneOf(chain, kOurChains) || isOneOf(chain, kHooks))) {
             chains += line + "\n";
@@ -83,15 +85,12 @@ std::string savedChains(int family) {
             rules += line + "\n";
         }
     }
-    if (!isWhole) {
-        failedProgram(family, saveProgram(family), result);
-    }
     return chains + rules + "COMMIT\n";
 }
 
 void requireChains() {
-    (void)savedChains(4);
-    (void)savedChains(6);
+    (void)SavedChains(4);
+    (void)SavedChains(6);
 }
 
 void chainIsMissing(int family, const std::string& chain) {

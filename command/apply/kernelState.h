@@ -13,9 +13,18 @@ struct Policies {
 };
 [[nodiscard]] Policies kernelPolicies(int family);
 
-// Input for `iptables-restore --noflush --counters` that makes the firewall's chains and the
-// policies what they are now. Throws Failure when they cannot be read, or a chain is missing.
-[[nodiscard]] std::string savedChains(int family);
+// What the firewall's chains and the policies of a family are now. Throws Failure when they cannot
+// be read, or a chain is missing.
+class SavedChains {
+  public:
+    explicit SavedChains(int family);
+
+    // Input for `iptables-restore --noflush --counters` that makes them that again.
+    [[nodiscard]] std::string input() const;
+
+  private:
+    std::string table_;
+};
 
 // Throws Failure unless all of the firewall's chains are there. A reload line by line closes the
 // policies before it finds out.

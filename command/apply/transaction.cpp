@@ -27,8 +27,8 @@ bool areBothTaken(const Restore& v4, const Restore& v6, Outcome& outcome) {
     return v6.isTaken(result6, outcome) && isTaken4;
 }
 
-void putBack(int family, const std::string& saved, const ExecutionLock& lock) {
-    const posix::Descriptor input = memoryFile(saved);
+void putBack(int family, const SavedChains& saved, const ExecutionLock& lock) {
+    const posix::Descriptor input = memoryFile(saved.input());
     const ProgramResult result =
         runProgram({restoreProgram(family), "--noflush", "--counters", "-w", kLockSeconds},
                    input.get(),
@@ -59,8 +59,11 @@ Results commitBoth(const Restore& v4,
                    const Restore& v6,
                    WaitingRestore* waiting6,
                    const ExecutionLock& lock) {
-    const std::string saved4 = savedChains(4);
-    const std::string saved6 = v6.hasOneTable() ? "" : savedChains(6);
+    const SavedChains saved4(4);
+    std::optional<SavedChains> saved6;
+    if (!v6.hasOneTable()) {
+        saved6.emplace(6);
+    }
     const XtablesLock xtablesLock =
         waiting6 != nullptr && waiting6->holdsLock() ? XtablesLock::kHeldForUs : XtablesLock::kTake;
     const Unstoppable unstoppable;
@@ -78,8 +81,8 @@ Results commitBoth(const Restore& v4,
     if (results.v6->status != 0) {
         putBack(4, saved4, lock);
     }
-    if (v6.mayBeCommitted(*results.v6) && !saved6.empty()) {
-        putBack(6, saved6, lock);
+    if (v6.mayBeCommitted(*results.v6) && saved6) {
+        putBack(6, *saved6, lock);
     }
     return results;
 }
