@@ -15,6 +15,7 @@
 #include "command/console.h"
 #include "command/plan/plan.h"
 #include "posix/descriptor.h"
+#include "tests/support/files.h"
 #include "tests/support/processes.h"
 #include "tests/support/store.h"
 #include "zamofirewall/controller.h"
@@ -206,6 +207,65 @@ TEST_F(Transaction, LeavesOldOrNewRulesWhereverItIsKilled) {
     }
     EXPECT_TRUE(applyPlan(plans[0]).applied);
     EXPECT_EQ(listed(), states[0][0] + states[0][1]);
+}
+
+// In front of a restore program; `run` is the real program, `once` is true in the first call.
+class Wrapper {
+  public:
+    Wrapper(int family, const std::string& script) : link_("/etc/alternatives/" + name(family)) {
+        real_ = shell("readlink " + link_);
+        real_.pop_back();
+        test::writeFile("/tmp/wrapper",
+                        "#!/bin/sh\nARGUMENTS=\"$*\"\nrun() { " + real_ + " $ARGUMENTS; }\n" +
+                            "once() { mkdir /tmp/called 2>/dev/null; }\n" + script + "\n");
+        shell("rm -rf /tmp/called; chmod 755 /tmp/wrapper; ln -sfn /tmp/wrapper " + link_);
+    }
+    ~Wrapper() { shell("ln -sfn " + real_ + " " + link_); }
+    Wrapper(const Wrapper&) = delete;
+    Wrapper& operator=(const Wrapper&) = delete;
+
+  private:
+    static std::string name(int family) {
+        return family == 4 ? "iptables-restore" : "ip6tables-restore";
+    }
+    std::string link_;
+    std::string real_;
+};
+
+TEST_F(Transaction, GivesBothFamiliesTheSameWhateverBecomesOfAProgram) {
+    struct Row {
+        int family;
+        const char* script;
+        const char* answer;  // empty when the caller is killed
+        bool isNew;
+    };
+    constexpr Row kRows[] = {
+        {4, "run; once && kill -9 $(sed -n 's/^PPid:\t//p' /proc/$PPID/status); true", "", true},
+        {4, "run; once && kill -9 $PPID; true", "applied", true},
+        {4, "once && kill -9 $$; run", "applied", true},
+        {4, "exit 1", "refused", false},
+        {6, "cat >/tmp/input; run </tmp/input", "applied", true},
+        {6, "once && kill -9 $$; run", "applied", true},
+        {6, "once && cat >/dev/null && exit 1; run", "applied", true},
+        {6, "exit 1", "refused", false},
+        {6, "cat >/dev/null; exit 1", "refused", false},
+        {6, "cat >/dev/null; kill -9 $$", "ended by signal 9", false},
+    };
+    const Plan plans[] = {planProfile(profileOf(7, 8)), planProfile(profileOf(8, 9))};
+    std::string states[2];
+    for (std::size_t i = 0; i < 2; ++i) {
+        ASSERT_TRUE(applyPlan(plans[i]).applied);
+        states[i] = listed();
+    }
+    for (const Row& row : kRows) {
+        ASSERT_TRUE(applyPlan(plans[0]).applied);
+        const Wrapper wrapper(row.family, row.script);
+        const pid_t process = test::startProcess(
+            [&] { return failureOf(plans[1]).find(row.answer) != std::string::npos ? 0 : 1; });
+        EXPECT_EQ(test::waitFor(process), *row.answer == '\0' ? -1 : 0) << row.script;
+        const ExecutionLock lock;
+        EXPECT_EQ(listed(), states[row.isNew ? 1 : 0]) << row.script;
+    }
 }
 
 TEST(ProgramTest, GivesWhatAProgramSays) {
