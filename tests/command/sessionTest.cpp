@@ -52,6 +52,9 @@ class CommandSession : public testing::TestWithParam<const char*> {
             std::filesystem::remove_all(directory);
         }
         std::filesystem::create_directories("/usr/zamo/etc/firewall.d");
+        // Sessions run the program as another user too, and the checkout may be in here.
+        std::filesystem::permissions("/root", std::filesystem::perms::others_exec,
+                                     std::filesystem::perm_options::add);
         for (const char* const variable : {"SUDO_USER", "SSH_CONNECTION", "VISUAL", "EDITOR"}) {
             (void)unsetenv(variable);
         }
