@@ -122,14 +122,16 @@ Status queryPort(const Console& console, const PortQuery& query) {
 }
 
 Status queryService(const Console& console, const std::string& adapter, const std::string& name) {
-    (void)requiredService(name);
+    const Service service = requiredService(name);
     requireAdapter(adapter);
     Answers answers;
     if (!FW::ZAMOFW().fwServIsBlocked(name, adapter, answers)) {
         cannotAnswer();
     }
     if (answers.empty()) {
-        failed("the service " + shown(name) + " has no ports that could be open or closed",
+        failed("the service " + shown(name) +
+                   (service.enabled ? " has no ports that could be open or closed"
+                                    : " is switched off in the catalogue"),
                "`zamofw service show " + shellQuoted({name}) + "` shows what it is");
     }
     return answerQuery(console, answers);
