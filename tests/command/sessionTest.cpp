@@ -53,7 +53,8 @@ class CommandSession : public testing::TestWithParam<const char*> {
         }
         std::filesystem::create_directories("/usr/zamo/etc/firewall.d");
         // Sessions run the program as another user too, and the checkout may be in here.
-        std::filesystem::permissions("/root", std::filesystem::perms::others_exec,
+        using std::filesystem::perms;
+        std::filesystem::permissions("/root", perms::group_exec | perms::others_exec,
                                      std::filesystem::perm_options::add);
         for (const char* const variable : {"SUDO_USER", "SSH_CONNECTION", "VISUAL", "EDITOR"}) {
             (void)unsetenv(variable);
