@@ -73,7 +73,7 @@ class TreeBuilder {
     }
     bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }
     bool String(const char* text, rapidjson::SizeType length, bool) {
-        add(Node::Kind::kText, textBegin())->text.assign(text, length);
+        add(Node::Kind::kText, textBegin(length))->text.assign(text, length);
         return true;
     }
     bool StartObject() {
@@ -85,7 +85,7 @@ class TreeBuilder {
         return true;
     }
     bool Key(const char* text, rapidjson::SizeType length, bool) {
-        open_.back()->members.push_back({std::string(text, length), textBegin(), {}});
+        open_.back()->members.push_back({std::string(text, length), textBegin(length), {}});
         return true;
     }
     bool EndObject(rapidjson::SizeType count) {
@@ -121,8 +121,13 @@ class TreeBuilder {
         const std::size_t before = text_.find_last_not_of("+-.0123456789eE", stream_.Tell() - 1);
         return before == std::string::npos ? 0 : before + 1;
     }
-    // Every quote inside a text has a backslash before it.
-    std::size_t textBegin() const {
+    // Every quote inside a text has a backslash before it. A text with escapes is longer than what
+    // it stands for.
+    std::size_t textBegin(std::size_t length) const {
+        const std::size_t begin = stream_.Tell() - length - 2;
+        if (text_[begin] == '"' && (begin == 0 || text_[begin - 1] != '\\')) {
+            return begin;
+        }
         std::size_t quote = stream_.Tell() - 1;
         std::size_t backslashes = 0;
         do {
