@@ -21,6 +21,7 @@ class Restore {
   public:
     Restore(const Plan& plan, int family, const ExecutionLock& lock);
 
+    [[nodiscard]] int family() const { return family_; }
     [[nodiscard]] const std::string& text() const { return text_.text; }
 
     // Each table is committed by itself.

@@ -41,82 +41,90 @@ void putBack(int family, const SavedChains& saved, const ExecutionLock& lock) {
 }
 
 struct Results {
-    ProgramResult v4;
-    std::optional<ProgramResult> v6;
+    ProgramResult first;
+    std::optional<ProgramResult> second;
 };
 
-ProgramResult commitIpv6(const Restore& v6, WaitingRestore* waiting) {
+ProgramResult commitSecond(const Restore& second, WaitingRestore* waiting) {
     if (waiting != nullptr && waiting->commit().status == 0) {
         return {0, 0, "", ""};
     }
     // Its own limit of time, which it keeps for the lock, may have ended the one that waited. If
     // the kernel refuses the lines, the program says so once more, and now without the padding.
-    return v6.commit();
+    return second.commit();
 }
 
 // From the first commit on, both families get their lines or both keep what they have.
-Results commitBoth(const Restore& v4,
-                   const Restore& v6,
-                   WaitingRestore* waiting6,
+Results commitBoth(const Restore& first,
+                   const Restore& second,
+                   WaitingRestore* waiting,
                    const ExecutionLock& lock) {
-    const SavedChains saved4(4);
-    std::optional<SavedChains> saved6;
-    if (!v6.hasOneTable()) {
-        saved6.emplace(6);
+    const SavedChains savedFirst(first.family());
+    std::optional<SavedChains> savedSecond;
+    if (!second.hasOneTable()) {
+        savedSecond.emplace(second.family());
     }
     const XtablesLock xtablesLock =
-        waiting6 != nullptr && waiting6->holdsLock() ? XtablesLock::kHeldForUs : XtablesLock::kTake;
+        waiting != nullptr && waiting->holdsLock() ? XtablesLock::kHeldForUs : XtablesLock::kTake;
     const Unstoppable unstoppable;
-    Results results = {v4.commit(xtablesLock), std::nullopt};
-    if (results.v4.status != 0) {
-        if (waiting6 != nullptr) {
-            (void)waiting6->cancel();
+    Results results = {first.commit(xtablesLock), std::nullopt};
+    if (results.first.status != 0) {
+        if (waiting != nullptr) {
+            (void)waiting->cancel();
         }
-        if (v4.mayBeCommitted(results.v4)) {
-            putBack(4, saved4, lock);
+        if (first.mayBeCommitted(results.first)) {
+            putBack(first.family(), savedFirst, lock);
         }
         return results;
     }
-    results.v6 = commitIpv6(v6, waiting6);
-    if (results.v6->status != 0) {
-        putBack(4, saved4, lock);
+    results.second = commitSecond(second, waiting);
+    if (results.second->status != 0) {
+        putBack(first.family(), savedFirst, lock);
     }
-    if (v6.mayBeCommitted(*results.v6) && saved6) {
-        putBack(6, *saved6, lock);
+    if (second.mayBeCommitted(*results.second) && savedSecond) {
+        putBack(second.family(), *savedSecond, lock);
     }
     return results;
 }
 
-void commit(const Restore& v4,
-            const Restore& v6,
-            WaitingRestore* waiting6,
+void commit(const Restore& first,
+            const Restore& second,
+            WaitingRestore* waiting,
             const ExecutionLock& lock,
             Outcome& outcome) {
-    const Results results = commitBoth(v4, v6, waiting6, lock);
-    outcome.applied = v4.isTaken(results.v4, outcome) && v6.isTaken(*results.v6, outcome);
+    const Results results = commitBoth(first, second, waiting, lock);
+    outcome.applied =
+        first.isTaken(results.first, outcome) && second.isTaken(*results.second, outcome);
 }
 
-// Tests IPv6 by a restore that then waits for its commit, and IPv4 by its commit itself, which
-// changes nothing when a line is refused: both families are tested before anything is changed, and
-// their lines are parsed once. False when this is not possible; nothing is changed then.
-bool tryInOneGo(const Restore& v4, const Restore& v6, const ExecutionLock& lock, Outcome& outcome) {
-    if (!v4.hasOneTable() || !v6.hasOneTable()) {
+// Tests the second family by a restore that then waits for its commit, and the first by its commit
+// itself, which changes nothing when a line is refused: both are tested before anything is changed,
+// and their lines are parsed once. False when this is not possible; nothing is changed then.
+bool tryInOneGo(const Restore& first,
+                const Restore& second,
+                const ExecutionLock& lock,
+                Outcome& outcome) {
+    if (!first.hasOneTable() || !second.hasOneTable()) {
         return false;
     }
-    WaitingRestore waiting6(v6);
-    if (waiting6.isWaiting()) {
-        commit(v4, v6, &waiting6, lock, outcome);
+    WaitingRestore waiting(second);
+    if (waiting.isWaiting()) {
+        commit(first, second, &waiting, lock, outcome);
         return true;
     }
     // Without the lock, a test would wait just as long for nothing.
-    throwIfLockIsHeld(waiting6.cancel());
+    throwIfLockIsHeld(waiting.cancel());
     return false;
 }
 
 Outcome apply(const Restore& v4, const Restore& v6, const ExecutionLock& lock) {
+    // The rules of the first are saved, which takes the longer the more they are.
+    const bool isV6First = v6.text().size() < v4.text().size();
+    const Restore& first = isV6First ? v6 : v4;
+    const Restore& second = isV6First ? v4 : v6;
     Outcome outcome;
-    if (!tryInOneGo(v4, v6, lock, outcome) && areBothTaken(v4, v6, outcome)) {
-        commit(v4, v6, nullptr, lock, outcome);
+    if (!tryInOneGo(first, second, lock, outcome) && areBothTaken(v4, v6, outcome)) {
+        commit(first, second, nullptr, lock, outcome);
     }
     return outcome;
 }

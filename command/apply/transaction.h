@@ -28,9 +28,11 @@ struct Outcome {
     std::vector<Refusal> refused;
 };
 
-// Under the library's execution lock: tests both families, commits IPv4, then IPv6, and puts IPv4
-// back when IPv6 fails. Nothing is changed unless `applied`. Throws Failure when the lock or the
-// xtables lock is not acquired in time, or a program is missing.
+// Under the library's execution lock: tests both families, commits the one with fewer lines, then
+// the other, and puts the first back when the second fails. Nothing is changed unless `applied`. A
+// child process does it, so that a kill of this one leaves the old rules or the new ones; a kill of
+// all processes at once, as that of a control group, may hit between the two commits. Throws
+// Failure when the lock or the xtables lock is not acquired in time, or a program is missing.
 [[nodiscard]] Outcome applyPlan(const Plan& plan);
 
 // The same for a caller that holds the lock already, so that the plan is that of the profile as it
