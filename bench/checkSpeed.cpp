@@ -36,8 +36,11 @@ void parse(benchmark::State& state) {
 BENCHMARK(parse)->UseRealTime()->Iterations(1)->Repetitions(9);
 
 void check(benchmark::State& state) {
+    const zamofw::ServiceNames services = {{"ssh"}, {}};
     const zamofw::CheckContext context = {
-        {"ssh"}, {"eth0", "global"}, [](const std::string&, int) { return false; }};
+        [&services]() -> const zamofw::ServiceNames& { return services; },
+        {"eth0", "global"},
+        [](const std::string&, int) { return false; }};
     for (auto _ : state) {
         for (int i = 0; i < kProfiles; ++i) {
             const zamofw::Document document = zamofw::readDocument(text(), "bench.json");

@@ -3,6 +3,7 @@
 #include <array>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -57,6 +58,28 @@ Countries countriesWithData() {
     return countries;
 }
 
+ServiceNames serviceNames() {
+    ServiceNames names;
+    forEachService([&names](const std::string& name, const ZAMOFwService& service) {
+        names.known.insert(name);
+        if (isIdle(service)) {
+            names.idle.insert(name);
+        }
+    });
+    return names;
+}
+
+// A value that is made when it is first asked for.
+template <typename Value>
+std::function<const Value&()> whenAsked(Value (*make)()) {
+    return [made = std::make_shared<std::optional<Value>>(), make]() -> const Value& {
+        if (!*made) {
+            *made = make();
+        }
+        return **made;
+    };
+}
+
 }  // namespace
 
 ServiceCatalogue loadServiceCatalogue() {
@@ -94,16 +117,12 @@ Vocabulary systemVocabulary() {
 
 CheckContext systemCheckContext() {
     CheckContext context;
-    forEachService([&context](const std::string& name, const ZAMOFwService& service) {
-        context.services.insert(name);
-        if (isIdle(service)) {
-            context.idleServices.insert(name);
-        }
-    });
+    context.services = whenAsked(serviceNames);
     (void)FW::ZAMOFW().fwAdapterEnum(context.adapters);
-    context.hasCountry = [countries = countriesWithData()](const std::string& code, int family) {
-        const auto found = countries.find(code);
-        return found != countries.end() && found->second.count(family) != 0;
+    context.hasCountry = [countries = whenAsked(countriesWithData)](const std::string& code,
+                                                                    int family) {
+        const auto found = countries().find(code);
+        return found != countries().end() && found->second.count(family) != 0;
     };
     return context;
 }

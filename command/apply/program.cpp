@@ -184,6 +184,7 @@ Program::Program(const std::vector<std::string>& command,
     }
     // The lists are not changed, though the call takes them as if they were.
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& word : command) {
         arguments.push_back(const_cast<char*>(word.c_str()));
     }

@@ -12,15 +12,20 @@
 
 namespace zamofw {
 
-// What a check needs to know of the system.
+// The names of the service catalogue.
+struct ServiceNames {
+    std::set<std::string> known;  // those switched off included
+    std::set<std::string> idle;  // of these, those that give no line: switched off or without ports
+};
+
+// What a check needs to know of the system. The functions are asked only when a rule names a
+// service or a country, for each entry of each rule, and should remember their answers: reading the
+// files of all services takes longer than the check of some hundred rules.
 struct CheckContext {
-    std::set<std::string> services;  // of the catalogue, those switched off included
+    std::function<const ServiceNames&()> services;
     std::set<std::string> adapters;  // that rules may use now, the predefined ones included
-    // Whether a country has data for the family (4 or 6). Asked for every entry of every rule, so
-    // that it should remember its answers.
+    // Whether a country has data for the family (4 or 6).
     std::function<bool(const std::string& code, int family)> hasCountry;
-    // Those of `services` that give no line: switched off in the catalogue, or without ports.
-    std::set<std::string> idleServices = {};
 };
 
 // Every fault of a profile document, in the order of the text.

@@ -52,8 +52,9 @@ const char* noAddressReason(const RuleUnderCheck& rule, const CheckContext& cont
 const char* noServiceReason(const RuleUnderCheck& rule, const CheckContext& context) {
     const std::vector<Node>& services = rule.members.items(field::kPortList);
     const bool hasLine = std::any_of(services.begin(), services.end(), [&](const Node& service) {
-        return hasLinesOfItsOwn(service.text) || (context.services.count(service.text) != 0 &&
-                                                  context.idleServices.count(service.text) == 0);
+        return hasLinesOfItsOwn(service.text) ||
+               (context.services().known.count(service.text) != 0 &&
+                context.services().idle.count(service.text) == 0);
     });
     if (hasLine) {
         return nullptr;

@@ -55,11 +55,12 @@ void checkServices(const RuleUnderCheck& rule, const CheckContext& context, Find
     }
     for (std::size_t i = 0; i < items.size(); ++i) {
         const std::string& name = items[i].text;
-        if (context.services.count(name) != 0) {
+        if (context.services().known.count(name) != 0) {
             continue;
         }
         const std::string& near = findings.suggestionFor("a service", name, [&context] {
-            return std::vector<std::string>(context.services.begin(), context.services.end());
+            const std::set<std::string>& known = context.services().known;
+            return std::vector<std::string>(known.begin(), known.end());
         });
         const Location list = rule.whereOf(field::kPortList);
         findings.error(items[i].offset,

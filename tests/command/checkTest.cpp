@@ -13,8 +13,11 @@ namespace {
 
 CheckContext context() {
     CheckContext context;
-    context.services = {"ssh", "http", "off", "vpn_server_pptp"};
-    context.idleServices = {"off", "vpn_server_pptp"};
+    context.services = []() -> const ServiceNames& {
+        static const ServiceNames names = {{"ssh", "http", "off", "vpn_server_pptp"},
+                                           {"off", "vpn_server_pptp"}};
+        return names;
+    };
     context.adapters = {"eth0", "eth1", "global", "ppp0"};
     context.hasCountry = [](const std::string& code, int family) {
         return code == "DE" || (code == "LI" && family == 4);
