@@ -1,5 +1,7 @@
 #include "command/answers/refusalText.h"
 
+#include "command/apply/refusal.h"
+#include "command/console.h"
 #include "command/plan/plan.h"
 
 namespace zamofw {
@@ -38,6 +40,13 @@ std::string refusalsText(const std::vector<Refusal>& refused) {
             "\n  " + refusal.message + "\n";
     }
     return text;
+}
+
+void failedLineByLine(const Plan& plan, const std::string& what) {
+    const std::string refused = refusalsText(refusedLines(plan));
+    failed(refused + what,
+           refused.empty() ? "the lines of the system log say which command failed"
+                           : "mend the rule, for instance with `zamofw rule replace`");
 }
 
 Json::Value refusalsJson(const std::vector<Refusal>& refused) {

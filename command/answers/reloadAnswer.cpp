@@ -92,10 +92,10 @@ InForce reloadSequentially(const Console& console, Errors errors) {
     showProgress(console, plan);
     const Clock::time_point begin = Clock::now();
     if (!FW::ZAMOFW().fwReload(/*blEstablished=*/true)) {
-        failed(isFirewallEnabled() ? "the reload failed"
-                                   : "the reload failed, and the firewall has been switched off",
-               "the lines of the system log say which command failed; `zamofw reload` without "
-               "--sequential leaves the old rules in force when a line is refused");
+        failedLineByLine(plan,
+                         isFirewallEnabled()
+                             ? "the reload failed"
+                             : "the reload failed, and the firewall has been switched off");
     }
     result.outcome.applied = true;
     result.outcome.lines = plan.v4.size() + plan.v6.size();

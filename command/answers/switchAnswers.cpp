@@ -4,8 +4,10 @@
 
 #include "command/answers/changeAnswer.h"
 #include "command/answers/profileInForce.h"
+#include "command/answers/refusalText.h"
 #include "command/apply/kernelState.h"
 #include "command/history/change.h"
+#include "command/plan/plan.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profileDatabase.h"
 
@@ -33,10 +35,10 @@ Status enableAnswer(const Console& console, const std::vector<std::string>& give
     return recordedChange(given, [&] {
         const bool wasEnabled = isFirewallEnabled();
         if (!FW::ZAMOFW().fwEnable()) {
-            failed(isFirewallEnabled()
-                       ? "the firewall is switched on, but its rules could not be put into force"
-                       : "the firewall could not be switched on",
-                   "the lines of the system log say what failed");
+            failedLineByLine(planProfile(profileOf(profile)),
+                             isFirewallEnabled() ? "the firewall is switched on, but its rules "
+                                                   "could not be put into force"
+                                                 : "the firewall could not be switched on");
         }
         answerChange(console,
                      !wasEnabled,

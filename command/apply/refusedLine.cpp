@@ -10,7 +10,8 @@
 #include <boost/algorithm/string/split.hpp>
 #include <cstdio>
 #include <cstdlib>
-#include <set>
+#include <sstream>
+#include <utility>
 
 #include "command/apply/programs.h"
 
@@ -76,23 +77,30 @@ std::string emptyChain(const std::string& name) {
     return ":" + name + " - [0:0]\n";
 }
 
+// The lines that make the chains of a table which programs have made in it, all of them empty.
+std::string chainsThere(int family, const std::string& table) {
+    std::string chains;
+    const ProgramResult saved = runProgram({saveProgram(family), "-t", table.substr(1)});
+    std::istringstream lines(saved.output);
+    for (std::string line; std::getline(lines, line);) {
+        // The built-in ones have a policy: ":INPUT ACCEPT [0:0]".
+        const std::size_t end = line.find(" - [");
+        if (starts_with(line, ":") && end != std::string::npos) {
+            chains += emptyChain(line.substr(1, end - 1));
+        }
+    }
+    return chains;
+}
+
 // In the table that is opened at an index.
 class Search {
   public:
-    Search(int family, const std::vector<std::string>& lines, std::size_t begin)
-        : family_(family), table_(lines[begin]) {
-        std::set<std::string> chains;
+    Search(int family, const std::vector<std::string>& lines, std::size_t begin, std::string chains)
+        : family_(family), table_(lines[begin]), chains_(std::move(chains)) {
         for (std::size_t i = begin; i < lines.size() && lines[i] != "COMMIT"; ++i) {
             if (starts_with(lines[i], "-A ")) {
                 rules_.push_back({lines[i], i});
-                chains.insert(wordsOf(lines[i])[1]);
             }
-        }
-        for (const char* const hook : {"INPUT", "FORWARD", "OUTPUT", "PREROUTING", "POSTROUTING"}) {
-            chains.erase(hook);
-        }
-        for (const std::string& chain : chains) {
-            chains_ += emptyChain(chain);
         }
     }
 
@@ -134,21 +142,25 @@ class Search {
 
     int family_;
     std::string table_;
-    std::vector<Rule> rules_;
     std::string chains_;
+    std::vector<Rule> rules_;
 };
 
 }  // namespace
 
 RefusedLine findRefusedLine(int family, const std::vector<std::string>& lines) {
+    // Asked for before the network is another one.
+    std::vector<Search> searches;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (starts_with(lines[i], "*")) {
+            searches.emplace_back(family, lines, i, chainsThere(family, lines[i]));
+        }
+    }
     const ScratchNetwork network;
     RefusedLine refused;
-    for (std::size_t i = 0; network.isEntered() && i < lines.size(); ++i) {
-        if (starts_with(lines[i], "*")) {
-            refused = Search(family, lines, i).run();
-        }
-        if (refused.search == RefusedLine::Search::kFound) {
-            break;
+    for (const Search& search : searches) {
+        if (network.isEntered() && refused.search != RefusedLine::Search::kFound) {
+            refused = search.run();
         }
     }
     return refused;

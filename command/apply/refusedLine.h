@@ -20,7 +20,8 @@ struct RefusedLine {
 };
 
 // The first refused line of an input for restore. The kernel names no line when it refuses a whole
-// table, so that parts of the input are tried in a network namespace that nobody else sees.
+// table, so that parts of the input are tried in a network namespace that nobody else sees, among
+// the chains that the real one has.
 [[nodiscard]] RefusedLine findRefusedLine(int family, const std::vector<std::string>& lines);
 
 // What the program says about a rule's line in a table ("*filter") where there are only the
