@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "command/answers/systemNames.h"
+#include "command/answers/table.h"
 #include "command/document/check.h"
 #include "command/document/findingText.h"
 #include "command/document/profileRecord.h"
@@ -25,8 +26,22 @@ std::vector<Document> storedDocuments() {
     return documents;
 }
 
-Findings checkAll(const CheckContext& context) {
+// Below this, nobody waits for long enough to wonder.
+constexpr std::size_t kManyBytes = std::size_t{4} << 20U;
+
+void showProgress(const Console& console, const std::vector<Document>& documents) {
+    std::size_t bytes = 0;
+    for (const Document& document : documents) {
+        bytes += document.text.size();
+    }
+    if (console.canAsk && !console.quiet && bytes >= kManyBytes) {
+        console.err << "checking " << counted(documents.size(), "profile") << "...\n";
+    }
+}
+
+Findings checkAll(const Console& console, const CheckContext& context) {
     const std::vector<Document> documents = storedDocuments();
+    showProgress(console, documents);
     std::vector<const Document*> pointers;
     Findings findings;
     for (const Document& document : documents) {
@@ -47,7 +62,7 @@ Status checkAnswer(const Console& console, const CheckRequest& request) {
     }
     const CheckContext context = systemCheckContext();
     const Findings findings = request.all
-                                  ? checkAll(context)
+                                  ? checkAll(console, context)
                                   : checkProfile(readTarget(request.target).document, context);
     if (console.json) {
         console.out << findingsJson(findings) << "\n";

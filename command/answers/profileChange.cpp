@@ -89,31 +89,25 @@ bool isAcceptable(const Console& console, const ProfileChange& change, const Edi
     return false;
 }
 
-Status store(const Console& console, const ProfileChange& change, const Edited& first) {
-    Edited now = edited(change);
-    // Another command may have changed the profile since it was checked.
-    if (now.before != first.before && !isAcceptable(console, change, now)) {
-        return refusedChange(console);
-    }
-    storeProfile(now.profile);
-    answerChange(console, true, now.done);
-    noteReload(console, change.profile);
-    return Status::kDone;
-}
-
 }  // namespace
 
 Status changeProfile(const Console& console, const Call& call, const ProfileChange& change) {
     requireRoot("changing a profile");
-    const Edited first = edited(change);
-    if (first.before == first.after) {
-        answerChange(console, false, "nothing to change: " + first.done);
+    const ConfigurationLock lock;
+    const Edited result = edited(change);
+    if (result.before == result.after) {
+        answerChange(console, false, "nothing to change: " + result.done);
         return Status::kDone;
     }
-    if (!isAcceptable(console, change, first)) {
+    if (!isAcceptable(console, change, result)) {
         return refusedChange(console);
     }
-    return recordedChange(call.given, [&] { return store(console, change, first); });
+    return recordedChange(call.given, [&] {
+        storeProfile(result.profile);
+        answerChange(console, true, result.done);
+        noteReload(console, change.profile);
+        return Status::kDone;
+    });
 }
 
 void checkAdapterName(const std::string& adapter) {

@@ -15,7 +15,7 @@ struct ProfileChange {
     std::string profile;
     bool force = false;  // faults do not refuse it
     // Changes the profile, and gives back what has been done, for the answer. Throws a Failure when
-    // it cannot be done to this profile. It may be called again on a newer state of the profile.
+    // it cannot be done to this profile.
     std::function<std::string(FW::FWPROFILE&)> edit;
 };
 

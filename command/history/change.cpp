@@ -20,30 +20,8 @@ constexpr const char* kLockName = "zamofw_history";
 constexpr int kLongestWait = 30;
 
 bool isRecording = false;
-
-class HistoryLock {
-  public:
-    HistoryLock() {
-        const std::string path = FW::getLockFile(kLockName);
-        if (VLIBCFileLockTimeByFile(path.c_str(), /*exclusive=*/1, kLongestWait, &fd_) != 1) {
-            const int error = errno;
-            failed(error == ETIMEDOUT
-                       ? "another zamofw has been changing the configuration for half a minute"
-                       : "the lock file " + path + " cannot be locked: " + std::strerror(error),
-                   "wait until it has ended, and try again");
-        }
-        isRecording = true;
-    }
-    ~HistoryLock() {
-        isRecording = false;
-        (void)VLIBCFileUnlockByFile(fd_);
-    }
-    HistoryLock(const HistoryLock&) = delete;
-    HistoryLock& operator=(const HistoryLock&) = delete;
-
-  private:
-    int fd_ = -1;
-};
+int locksHeld = 0;
+int lockFile = -1;
 
 // A full disk must not keep anybody from opening or closing the firewall, so that this is said and
 // no more.
@@ -113,7 +91,36 @@ void finish(LoggedChange& logged, const End& end) {
     }
 }
 
+// While this lives, a change inside a change belongs to the outer one.
+class Recording {
+  public:
+    Recording() { isRecording = true; }
+    ~Recording() { isRecording = false; }
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
+};
+
 }  // namespace
+
+ConfigurationLock::ConfigurationLock() {
+    if (locksHeld == 0) {
+        const std::string path = FW::getLockFile(kLockName);
+        if (VLIBCFileLockTimeByFile(path.c_str(), /*exclusive=*/1, kLongestWait, &lockFile) != 1) {
+            const int error = errno;
+            failed(error == ETIMEDOUT
+                       ? "another zamofw has been changing the configuration for half a minute"
+                       : "the lock file " + path + " cannot be locked: " + std::strerror(error),
+                   "wait until it has ended, and try again");
+        }
+    }
+    ++locksHeld;
+}
+
+ConfigurationLock::~ConfigurationLock() {
+    if (--locksHeld == 0) {
+        (void)VLIBCFileUnlockByFile(lockFile);
+    }
+}
 
 Status recordedChange(const std::vector<std::string>& words,
                       const std::function<Status()>& change) {
@@ -121,7 +128,8 @@ Status recordedChange(const std::vector<std::string>& words,
         return change();
     }
     requireStoreDirectory();
-    const HistoryLock lock;
+    const ConfigurationLock lock;
+    const Recording recording;
     Snapshot snapshot;
     snapshot.configuration = readableConfiguration();
     LoggedChange logged = begun(words, digestOf(exportText(snapshot.configuration)));
@@ -147,7 +155,8 @@ Status recordedChange(const std::vector<std::string>& words,
 Status recordedUndo(const std::vector<std::string>& words,
                     const std::function<Status(const Snapshot*)>& change) {
     requireStoreDirectory();
-    const HistoryLock lock;
+    const ConfigurationLock lock;
+    const Recording recording;
     const std::string digest = digestNow();
     const std::optional<Snapshot> newest = newestEffectiveSnapshot(digest);
     if (!newest) {

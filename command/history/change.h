@@ -12,13 +12,23 @@
 
 namespace zamofw {
 
+// One zamofw at a time changes the configuration: who reads what it goes by and then changes it
+// holds this all the while. Waits at most 30 seconds, then throws Failure. It may be taken again
+// while it is held. Programs that use the library alone do not take it.
+class ConfigurationLock {
+  public:
+    ConfigurationLock();
+    ~ConfigurationLock();
+    ConfigurationLock(const ConfigurationLock&) = delete;
+    ConfigurationLock& operator=(const ConfigurationLock&) = delete;
+};
+
 // Runs a change between two looks at the configuration, with the words of the call: the export
 // before it is kept for `undo` (the last 20), and a line is written to the system log and to
 // /var/log/zamofw/changes.jsonl, also when the change fails. Gives back what the change gives.
 //
-// One such change runs at a time; another one waits at most 30 seconds, then it is a Failure. A
-// change inside a change belongs to the outer one. What leaves the configuration as it was is
-// logged, but there is nothing for `undo` to take back.
+// It holds the lock. A change inside a change belongs to the outer one. What leaves the
+// configuration as it was is logged, but there is nothing for `undo` to take back.
 [[nodiscard]] Status recordedChange(const std::vector<std::string>& words,
                                     const std::function<Status()>& change);
 
