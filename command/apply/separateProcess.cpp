@@ -8,8 +8,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -65,7 +68,7 @@ void dieWith(pid_t parent) {
     }
 }
 
-[[noreturn]] void work(pid_t parent, int output, const std::function<Json::Value()>& work) {
+[[noreturn]] void workAsChild(pid_t parent, int output, const std::function<Json::Value()>& work) {
     dieWith(parent);
     (void)setsid();
     (void)prctl(PR_SET_NAME, kProcessName);
@@ -102,7 +105,7 @@ std::optional<Json::Value> answerOfChild(const std::function<Json::Value()>& act
         failed(std::string("no process can be started: ") + std::strerror(errno));
     }
     if (child == 0) {
-        work(parent, pipe.writeEnd.get(), action);
+        workAsChild(parent, pipe.writeEnd.get(), action);
     }
     (void)pipe.writeEnd.close();
     const std::string text = readToEnd(pipe.readEnd.get());
