@@ -8,7 +8,7 @@
 #include "command/answers/call.h"
 #include "command/commandLine.h"
 
-namespace CLI {
+namespace CLI {  // NOLINT(readability-identifier-naming): the library's
 class App;
 }
 
