@@ -1,7 +1,7 @@
 #include "command/words/plainText.h"
 
 #include <rapidjson/encodings.h>
-#include <rapidjson/stream.h>
+#include <rapidjson/memorystream.h>
 
 namespace zamofw {
 namespace {
@@ -14,8 +14,9 @@ bool isControl(unsigned code) {
 }  // namespace
 
 bool isPlainText(const std::string& text) {
-    // The stream has no end but a NUL, at which the text's own end is told from one inside it.
-    rapidjson::StringStream stream(text.c_str());
+    // This stream knows its end: the decoder takes all bytes that a character should have, also
+    // when the text ends before.
+    rapidjson::MemoryStream stream(text.data(), text.size());
     while (stream.Tell() < text.size()) {
         unsigned code = 0;
         if (!rapidjson::UTF8<>::Decode(stream, &code) || isControl(code)) {
