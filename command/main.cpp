@@ -10,7 +10,6 @@
 #include <iostream>
 
 #include "command/commandLine.h"
-#include "command/heap.h"
 #include "command/systemLog.h"
 
 namespace {
@@ -96,7 +95,6 @@ Status guardedRun(const std::vector<std::string>& words) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    zamofw::prepareHeap();
     openMissingStreams();
     // A reader that goes away must not end a change half-way.
     (void)std::signal(SIGPIPE, SIG_IGN);

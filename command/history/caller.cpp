@@ -19,7 +19,7 @@ std::string variable(const char* name) {
 std::string userName() {
     const uid_t user = getuid();
     // Anybody can set the variable, but only root's counts.
-    const std::string sudoUser = user == 0 ? variable("SUDO_USER") : "";
+    std::string sudoUser = user == 0 ? variable("SUDO_USER") : "";
     if (!sudoUser.empty()) {
         return sudoUser;
     }
