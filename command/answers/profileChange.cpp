@@ -1,7 +1,5 @@
 #include "command/answers/profileChange.h"
 
-#include <json/writer.h>
-
 #include <algorithm>
 #include <ostream>
 #include <utility>
@@ -15,7 +13,6 @@
 #include "command/words/plainText.h"
 #include "command/words/quoting.h"
 #include "library/model/names.h"
-#include "zamofirewall/profileDatabase.h"
 
 namespace zamofw {
 namespace {
@@ -37,12 +34,6 @@ void setStoredPolicies(FW::FWPROFILE& profile) {
         profile.adapterPolicyMap.try_emplace(adapter, FW::FW_POLICY_ALLOW);
     }
     profile.adapterPolicyMap[FW::kGlobalAdapter] = FW::FW_POLICY_NONE;
-}
-
-std::string documentText(const FW::FWPROFILE& profile) {
-    Json::Value json;
-    FW::ZAMOFW_JSON_DB().profileToJson(profile, json);
-    return Json::StyledWriter().write(json);
 }
 
 Edited edited(const ProfileChange& change) {

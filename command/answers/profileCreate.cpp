@@ -4,9 +4,6 @@
 #include "command/history/change.h"
 #include "command/words/quoting.h"
 #include "library/model/names.h"
-#include "zamofirewall/profileDatabase.h"
-
-#include <json/writer.h>
 
 namespace zamofw {
 namespace {
@@ -15,9 +12,7 @@ std::string emptyProfile(const std::string& name) {
     FW::FWPROFILE profile;
     profile.name = name;
     profile.adapterPolicyMap[FW::kGlobalAdapter] = FW::FW_POLICY_NONE;
-    Json::Value json;
-    FW::ZAMOFW_JSON_DB().profileToJson(profile, json);
-    return Json::StyledWriter().write(json);
+    return documentText(profile);
 }
 
 }  // namespace

@@ -97,6 +97,12 @@ FW::FWPROFILE readableProfile(const Target& target) {
     }
 }
 
+std::string documentText(const FW::FWPROFILE& profile) {
+    Json::Value json;
+    FW::ZAMOFW_JSON_DB().profileToJson(profile, json);
+    return Json::StyledWriter().write(json);
+}
+
 void storeDocument(const std::string& name, const std::string& text) {
     Json::Value json;
     std::string path = FW::ZAMOFW_JSON_DB().profilePathGet(name);

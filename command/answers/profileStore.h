@@ -30,6 +30,9 @@ void requireFreeName(const std::string& name);
 // The profile that the library would read. A document with faults is refused: Failure, kNo.
 [[nodiscard]] FW::FWPROFILE readableProfile(const Target& target);
 
+// The document of a profile, the way the store writes it.
+[[nodiscard]] std::string documentText(const FW::FWPROFILE& profile);
+
 // Writes the text of a profile document, into the profile's file or a new one. Throws Failure when
 // that is not possible.
 void storeDocument(const std::string& name, const std::string& text);
