@@ -59,8 +59,8 @@ std::size_t countRules(const std::string& profile) {
     const Member* const adapters = document ? document->root.find("rules") : nullptr;
     std::size_t count = 0;
     if (adapters != nullptr) {
-        for (const Member& adapter : adapters->value.members) {
-            count += adapter.value.items.size();
+        for (const Member& adapter : adapters->value.members()) {
+            count += adapter.value.items().size();
         }
     }
     return count;

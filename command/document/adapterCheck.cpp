@@ -2,6 +2,7 @@
 
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "command/document/memberCheck.h"
@@ -16,7 +17,7 @@ namespace {
 using AdapterMembers = std::vector<const Member*>;
 
 // The adapters that have rules, disabled ones included, or a policy.
-using AdapterSet = std::set<std::string>;
+using AdapterSet = std::set<std::string_view>;
 
 AdapterMembers membersOf(const Node* node, const Location& where, FindingList& findings) {
     return node == nullptr ? AdapterMembers() : checkFreeMembers(*node, where, findings);
@@ -26,7 +27,7 @@ void checkAdapterName(const Member& member,
                       const Location& where,
                       const CheckContext& context,
                       FindingList& findings) {
-    const std::string& name = member.name;
+    const std::string name(member.name);
     if (std::optional<Fault> fault = wordFault("the adapter", name)) {
         findings.error(member.nameOffset, where, std::move(*fault));
     } else if (context.adapters.count(name) == 0) {
@@ -44,8 +45,10 @@ void checkRuleList(const Member& adapter,
                    const Location& where,
                    const CheckContext& context,
                    FindingList& findings) {
-    for (std::size_t i = 0; i < adapter.value.items.size(); ++i) {
-        checkRule(adapter.value.items[i], {where, i}, adapter.name, context, findings);
+    const Span<Node> rules = adapter.value.items();
+    const std::string name(adapter.name);
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+        checkRule(rules[i], {where, i}, name, context, findings);
     }
 }
 
@@ -61,7 +64,7 @@ AdapterSet checkRuleLists(const AdapterMembers& members,
         const Node& list = member->value;
         if (list.kind == Node::Kind::kList) {
             checkRuleList(*member, where, context, findings);
-            if (!list.items.empty()) {
+            if (!list.items().empty()) {
                 withRules.insert(member->name);
             }
         } else if (list.kind != Node::Kind::kNull) {
@@ -83,12 +86,12 @@ void checkPolicy(const Member& member,
     if (!checkType(value, where, "a default policy", MemberType::kInteger, findings)) {
         return;
     }
-    if (!isCode(value.integer, policyCodes())) {
+    if (!isCode(value.integer(), policyCodes())) {
         findings.error(
-            value.offset, where, codeFault("a default policy", value.integer, policyCodes()));
+            value.offset, where, codeFault("a default policy", value.integer(), policyCodes()));
         return;
     }
-    if (value.integer != FW::FW_POLICY_DENY && member.name != FW::kGlobalAdapter &&
+    if (value.integer() != FW::FW_POLICY_DENY && member.name != FW::kGlobalAdapter &&
         withRules.count(member.name) != 0) {
         findings.warning(
             value.offset,
@@ -96,7 +99,7 @@ void checkPolicy(const Member& member,
             {"open-by-default",
              "what no rule of " + quoted(member.name) + " matches is let in",
              "Unless that is meant, set it to 1 (deny), for instance with `zamofw policy PROFILE " +
-                 member.name + " deny`."});
+                 std::string(member.name) + " deny`."});
     }
 }
 
@@ -107,7 +110,7 @@ void reportNoPolicy(const Member& member, const Location& where, FindingList& fi
                       quoted(member.name) +
                           " has rules but no default policy, so that what they do not match is "
                           "let in",
-                      "Give it one with `zamofw policy PROFILE " + member.name +
+                      "Give it one with `zamofw policy PROFILE " + std::string(member.name) +
                           " deny`, or in `adapterPolicyMap`: 1 is deny, 0 allow, 2 none."});
 }
 

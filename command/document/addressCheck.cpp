@@ -102,7 +102,7 @@ class EntryCheck {
         if (!has(index)) {
             return std::nullopt;
         }
-        const std::string& text = items_[index].text;
+        const std::string text(items_[index].text());
         if (std::optional<Fault> fault = entryFault("the address", text)) {
             report(index, std::move(*fault));
             return std::nullopt;
@@ -124,7 +124,7 @@ class EntryCheck {
     }
 
     void prefix(std::size_t index, const std::optional<Address>& address) {
-        const std::string& text = items_[index].text;
+        const std::string text(items_[index].text());
         if (std::optional<Fault> fault = entryFault("the prefix length", text)) {
             report(index, std::move(*fault));
         } else if (!isPrefixOrMask(text, address ? address->family : 0)) {
@@ -146,7 +146,8 @@ class EntryCheck {
 
     // Whether the first entry says the whole pair.
     [[nodiscard]] bool isPairInOne(char separator) const {
-        return items_.size() == 1 && !splitRemedy(items_[0].text, separator, "").empty();
+        return items_.size() == 1 &&
+               !splitRemedy(std::string(items_[0].text()), separator, "").empty();
     }
 
   private:
@@ -160,7 +161,7 @@ class EntryCheck {
     }
 
     const RuleUnderCheck& rule_;
-    const std::vector<Node>& items_;
+    Span<Node> items_;
     FindingList& findings_;
 };
 

@@ -61,7 +61,7 @@ Fault syntaxFault(const SyntaxFault& fault) {
         "Correct the text here or just before; a comma too many or too few is the usual cause."};
 }
 
-Fault duplicateName(const std::string& name, const std::string& otherFile) {
+Fault duplicateName(std::string_view name, std::string_view otherFile) {
     return {"duplicate-name",
             "the name " + quoted(name) + " is taken by " + quoted(otherFile) +
                 ", so that this profile is never found",
@@ -83,20 +83,20 @@ Findings checkStoredNames(const std::vector<const Document*>& stored) {
     std::sort(sorted.begin(), sorted.end(), [](const Document* one, const Document* other) {
         return one->file < other->file;
     });
-    std::map<std::string, const Document*> seen;
+    std::map<std::string_view, const Document*> seen;
     Findings all;
     for (const Document* document : sorted) {
         const Node* const name = profileNameIn(document->root);
         if (document->fault || name == nullptr) {
             continue;
         }
-        const auto [first, isNew] = seen.emplace(name->text, document);
+        const auto [first, isNew] = seen.emplace(name->text(), document);
         if (!isNew) {
             FindingList findings(*document);
             const Location root;
             findings.warning(name->offset,
                              {root, profileTable()[profileField::kName].name},
-                             duplicateName(name->text, first->second->file));
+                             duplicateName(name->text(), first->second->file));
             for (Finding& finding : findings.take()) {
                 all.push_back(std::move(finding));
             }

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kMaxCountries = 15;
 
 // The match turns small letters into capitals, which is then another file than the library's.
-bool isCountryCode(const std::string& text) {
+bool isCountryCode(std::string_view text) {
     return text.size() == 2 && std::all_of(text.begin(), text.end(), [](char c) {
                return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
            });
@@ -50,7 +50,7 @@ std::optional<Fault> countryFault(const RuleUnderCheck& rule,
 void checkCountries(const RuleUnderCheck& rule,
                     const CheckContext& context,
                     FindingList& findings) {
-    const std::vector<Node>& items = rule.members.items(field::kIpList);
+    const Span<Node> items = rule.members.items(field::kIpList);
     const Location list = rule.whereOf(field::kIpList);
     if (items.size() > kMaxCountries) {
         findings.error(rule.offsetOf(field::kIpList),
@@ -61,7 +61,8 @@ void checkCountries(const RuleUnderCheck& rule,
                         "Make several rules of it."});
     }
     for (std::size_t i = 0; i < items.size(); ++i) {
-        if (std::optional<Fault> fault = countryFault(rule, items[i].text, context)) {
+        if (std::optional<Fault> fault =
+                countryFault(rule, std::string(items[i].text()), context)) {
             findings.error(items[i].offset, {list, i}, std::move(*fault));
         }
     }

@@ -5,14 +5,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace zamofw {
 namespace {
 
-// The library's reader takes no deeper nesting, and freeing a tree is recursive.
+// The library's reader takes no deeper nesting.
 constexpr std::size_t kMaxDepth = 1000;
-constexpr std::size_t kMostReserved = 32;
 
 // The reader names the members of its streams and handlers.
 // NOLINTBEGIN(readability-identifier-naming)
@@ -23,11 +24,12 @@ class TextStream {
   public:
     using Ch = char;
 
-    explicit TextStream(const std::string& text) : text_(text) {}
-    Ch Peek() const { return position_ < text_.size() ? text_[position_] : '\0'; }
-    Ch Take() { return position_ < text_.size() ? text_[position_++] : '\0'; }
-    std::size_t Tell() const { return position_; }
-    bool isAtEnd() const { return position_ >= text_.size(); }
+    explicit TextStream(const std::string& text)
+        : begin_(text.data()), next_(begin_), end_(begin_ + text.size()) {}
+    Ch Peek() const { return *next_; }  // a NUL stands behind the text
+    Ch Take() { return isAtEnd() ? '\0' : *next_++; }
+    std::size_t Tell() const { return static_cast<std::size_t>(next_ - begin_); }
+    bool isAtEnd() const { return next_ == end_; }
 
     // The reader's interface for writing in place, which it does not use here.
     Ch* PutBegin() { return nullptr; }
@@ -36,86 +38,97 @@ class TextStream {
     std::size_t PutEnd(Ch*) { return 0; }
 
   private:
-    const std::string& text_;
-    std::size_t position_ = 0;
+    const char* begin_;
+    const char* next_;
+    const char* end_;
 };
 
 // Builds the tree from the reader's events. An event comes when its token has been read, so that a
 // token's begin is found by going back from there.
 class TreeBuilder {
   public:
-    TreeBuilder(const TextStream& stream, const std::string& text, Node& root)
-        : stream_(stream), text_(text) {
-        open_.push_back(&root);
-    }
+    TreeBuilder(const TextStream& stream,
+                const std::string& text,
+                std::pmr::memory_resource& memory)
+        : stream_(stream), text_(text), memory_(memory) {}
 
     bool isTooDeep() const { return tooDeep_; }
 
-    bool Null() { return add(Node::Kind::kNull, stream_.Tell() - std::strlen("null")) != nullptr; }
+    // What was read, also when reading stopped half-way. Once.
+    Node takeRoot() {
+        while (!open_.empty()) {
+            close();
+        }
+        return pending_.empty() ? Node() : pending_.front().value;
+    }
+
+    bool Null() { return add({Node::Kind::kNull, stream_.Tell() - std::strlen("null")}); }
     bool Bool(bool flag) {
-        Node* const node =
-            add(Node::Kind::kBool, stream_.Tell() - std::strlen(flag ? "true" : "false"));
-        node->flag = flag;
-        return true;
+        return add({flag, stream_.Tell() - std::strlen(flag ? "true" : "false")});
     }
     bool Int(int value) { return Int64(value); }
     bool Uint(unsigned value) { return Int64(value); }
-    bool Int64(std::int64_t value) {
-        Node* const node = add(Node::Kind::kInteger, numberBegin());
-        node->integer = value;
-        node->real = static_cast<double>(value);
-        return true;
-    }
+    bool Int64(std::int64_t value) { return add({value, numberBegin()}); }
     bool Uint64(std::uint64_t value) { return Double(static_cast<double>(value)); }
-    bool Double(double value) {
-        add(Node::Kind::kReal, numberBegin())->real = value;
-        return true;
-    }
+    bool Double(double) { return add({Node::Kind::kReal, numberBegin()}); }
     bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }
     bool String(const char* text, rapidjson::SizeType length, bool) {
-        add(Node::Kind::kText, textBegin(length))->text.assign(text, length);
-        return true;
+        return add({kept(text, length), textBegin(length)});
     }
-    bool StartObject() {
-        if (!start(Node::Kind::kObject)) {
-            return false;
-        }
-        // Rules have equally many members; growing each list step by step takes twice the memory.
-        open_.back()->members.reserve(lastMembers_);
-        return true;
-    }
+    bool StartObject() { return open(Node::Kind::kObject); }
     bool Key(const char* text, rapidjson::SizeType length, bool) {
-        open_.back()->members.push_back({std::string(text, length), textBegin(length), {}});
+        pending_.push_back({kept(text, length), textBegin(length), {}});
+        hasName_ = true;
         return true;
     }
-    bool EndObject(rapidjson::SizeType count) {
-        lastMembers_ = std::min<std::size_t>(count, kMostReserved);
-        return end();
-    }
-    bool StartArray() { return start(Node::Kind::kList); }
-    bool EndArray(rapidjson::SizeType) { return end(); }
+    bool EndObject(rapidjson::SizeType) { return close(); }
+    bool StartArray() { return open(Node::Kind::kList); }
+    bool EndArray(rapidjson::SizeType) { return close(); }
 
   private:
-    Node* add(Node::Kind kind, std::size_t offset) {
-        Node* node = open_.back();
-        if (hasRoot_) {
-            node = node->kind == Node::Kind::kObject ? &node->members.back().value
-                                                     : &node->items.emplace_back();
+    bool add(const Node& value) {
+        if (!hasName_) {
+            pending_.emplace_back();
         }
-        hasRoot_ = true;
-        node->kind = kind;
-        node->offset = offset;
-        return node;
+        hasName_ = false;
+        pending_.back().value = value;
+        return true;
     }
-    bool start(Node::Kind kind) {
-        Node* const node = add(kind, stream_.Tell());  // comes before the bracket is taken
-        open_.push_back(node);
-        tooDeep_ = open_.size() > kMaxDepth + 1;
+    bool open(Node::Kind kind) {
+        add({kind, stream_.Tell()});  // comes before the bracket is taken
+        open_.push_back(pending_.size() - 1);
+        tooDeep_ = open_.size() > kMaxDepth;
         return !tooDeep_;
     }
-    bool end() {
+    // The values behind the innermost open one are its contents.
+    bool close() {
+        const std::size_t position = open_.back();
         open_.pop_back();
+        hasName_ = false;
+        const auto first = pending_.begin() + static_cast<std::ptrdiff_t>(position) + 1;
+        const std::size_t size = pending_.size() - position - 1;
+        Node& value = pending_[position].value;
+        if (value.kind == Node::Kind::kObject) {
+            auto* const members = allocate<Member>(size);
+            std::uninitialized_copy(first, pending_.end(), members);
+            value = Node(Span<Member>(members, size), value.offset);
+        } else {
+            auto* const items = allocate<Node>(size);
+            std::transform(
+                first, pending_.end(), items, [](const Member& item) { return item.value; });
+            value = Node(Span<Node>(items, size), value.offset);
+        }
+        pending_.erase(first, pending_.end());
         return true;
+    }
+    template <typename Element>
+    Element* allocate(std::size_t count) {
+        return static_cast<Element*>(memory_.allocate(count * sizeof(Element), alignof(Element)));
+    }
+    std::string_view kept(const char* text, std::size_t length) {
+        char* const copy = allocate<char>(length);
+        std::memcpy(copy, text, length);
+        return {copy, length};
     }
     std::size_t numberBegin() const {
         const std::size_t before = text_.find_last_not_of("+-.0123456789eE", stream_.Tell() - 1);
@@ -141,9 +154,11 @@ class TreeBuilder {
 
     const TextStream& stream_;
     const std::string& text_;
-    std::vector<Node*> open_;  // the root first; a node moves only when it is closed
-    std::size_t lastMembers_ = 0;
-    bool hasRoot_ = false;
+    std::pmr::memory_resource& memory_;
+    // Values whose list or object is still open, an element of a list without a name.
+    std::vector<Member> pending_;
+    std::vector<std::size_t> open_;  // the positions of the open ones in it
+    bool hasName_ = false;           // the last of them waits for its value
     bool tooDeep_ = false;
 };
 
@@ -160,11 +175,47 @@ bool continuesCharacter(char byte) {
 
 }  // namespace
 
-const Member* Node::find(const std::string& name) const {
-    const auto found = std::find_if(members.rbegin(),
-                                    members.rend(),
-                                    [&name](const Member& member) { return member.name == name; });
-    return found == members.rend() ? nullptr : &*found;
+Node::Node(bool flag, std::size_t begin) : Node(Kind::kBool, begin) {
+    contents_.flag = flag;
+}
+
+Node::Node(std::int64_t integer, std::size_t begin) : Node(Kind::kInteger, begin) {
+    contents_.integer = integer;
+}
+
+Node::Node(std::string_view text, std::size_t begin) : Node(Kind::kText, begin) {
+    size_ = static_cast<std::uint32_t>(text.size());
+    contents_.text = text.data();
+}
+
+Node::Node(Span<Node> items, std::size_t begin) : Node(Kind::kList, begin) {
+    size_ = static_cast<std::uint32_t>(items.size());
+    contents_.items = items.begin();
+}
+
+Node::Node(Span<Member> members, std::size_t begin) : Node(Kind::kObject, begin) {
+    size_ = static_cast<std::uint32_t>(members.size());
+    contents_.members = members.begin();
+}
+
+std::string_view Node::text() const {
+    return kind == Kind::kText ? std::string_view(contents_.text, size_) : std::string_view();
+}
+
+Span<Node> Node::items() const {
+    return kind == Kind::kList ? Span<Node>(contents_.items, size_) : Span<Node>();
+}
+
+Span<Member> Node::members() const {
+    return kind == Kind::kObject ? Span<Member>(contents_.members, size_) : Span<Member>();
+}
+
+const Member* Node::find(std::string_view name) const {
+    const Member* found = nullptr;
+    for (const Member& member : members()) {
+        found = member.name == name ? &member : found;
+    }
+    return found;
 }
 
 Place Document::placeOf(std::size_t offset) const {
@@ -191,11 +242,14 @@ Document readDocument(std::string text, const std::string& file) {
     document.file = file;
     document.text = std::move(text);
     TextStream stream(document.text);
-    TreeBuilder builder(stream, document.text, document.root);
+    auto memory = std::make_unique<std::pmr::monotonic_buffer_resource>();
+    TreeBuilder builder(stream, document.text, *memory);
     constexpr unsigned kFlags = rapidjson::kParseCommentsFlag | rapidjson::kParseIterativeFlag |
                                 rapidjson::kParseValidateEncodingFlag;
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
+    document.root = builder.takeRoot();
+    document.memory = std::move(memory);
     if (result.IsError()) {
         document.fault = SyntaxFault{builder.isTooDeep() ? stream.Tell() : result.Offset(),
                                      faultMessage(result, builder.isTooDeep())};

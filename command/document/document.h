@@ -4,32 +4,78 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <memory_resource>
 #include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 namespace zamofw {
 
 struct Member;
 
-// A value. Offsets are bytes from the begin of the text.
-struct Node {
-    enum class Kind { kNull, kBool, kInteger, kReal, kText, kList, kObject };
-    Kind kind = Kind::kNull;
-    std::size_t offset = 0;
-    bool flag = false;            // kBool
-    std::int64_t integer = 0;     // kInteger
-    double real = 0;              // kReal, also an integer beyond 64 bits
-    std::string text;             // kText
-    std::vector<Node> items;      // kList
-    std::vector<Member> members;  // kObject, in the order of the text, duplicates included
+// Elements in a row that belong to somebody else.
+template <typename Element>
+class Span {
+  public:
+    Span() = default;
+    Span(const Element* first, std::size_t size) : first_(first), size_(size) {}
+
+    [[nodiscard]] const Element* begin() const { return first_; }
+    [[nodiscard]] const Element* end() const { return first_ + size_; }
+    [[nodiscard]] std::size_t size() const { return size_; }
+    [[nodiscard]] bool empty() const { return size_ == 0; }
+    [[nodiscard]] const Element& operator[](std::size_t index) const { return first_[index]; }
+
+  private:
+    const Element* first_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+// A value. What it refers to belongs to its document, so that the hundred thousand values of a
+// large profile are small, made without an allocation each, and never freed one by one.
+class Node {
+  public:
+    enum class Kind : std::uint8_t { kNull, kBool, kInteger, kReal, kText, kList, kObject };
+
+    Node() = default;
+    // A value without contents.
+    Node(Kind itsKind, std::size_t begin) : offset(begin), kind(itsKind) {}
+    Node(bool flag, std::size_t begin);
+    Node(std::int64_t integer, std::size_t begin);
+    Node(std::string_view text, std::size_t begin);
+    Node(Span<Node> items, std::size_t begin);
+    Node(Span<Member> members, std::size_t begin);
+
+    // Of a value of another kind they are false, 0 or empty.
+    [[nodiscard]] bool flag() const { return kind == Kind::kBool && contents_.flag; }
+    [[nodiscard]] std::int64_t integer() const {
+        return kind == Kind::kInteger ? contents_.integer : 0;
+    }
+    [[nodiscard]] std::string_view text() const;
+    [[nodiscard]] Span<Node> items() const;
+    // In the order of the text, duplicates included.
+    [[nodiscard]] Span<Member> members() const;
 
     // The value that a reader sees: of equal members the last one. Null when there is none.
-    [[nodiscard]] const Member* find(const std::string& name) const;
+    [[nodiscard]] const Member* find(std::string_view name) const;
+
+    std::size_t offset = 0;   // in bytes from the begin of the text
+    Kind kind = Kind::kNull;  // an integer beyond 64 bits is a kReal
+
+  private:
+    std::uint32_t size_ = 0;
+    union {
+        bool flag;
+        std::int64_t integer;
+        const char* text;
+        const Node* items;
+        const Member* members;
+    } contents_ = {};
 };
 
 struct Member {
-    std::string name;
+    std::string_view name;
     std::size_t nameOffset = 0;
     Node value;
 };
@@ -47,6 +93,8 @@ struct Place {
 struct Document {
     std::string file;  // for messages
     std::string text;
+    // What the values refer to, texts included: a short `text` moves when the document does.
+    std::unique_ptr<std::pmr::memory_resource> memory;
     Node root;
     std::optional<SyntaxFault> fault;  // then the root is what was read before it
 

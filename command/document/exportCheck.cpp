@@ -18,17 +18,17 @@ namespace {
 // The longest file name, less the longest of the endings that the store puts behind it.
 constexpr std::size_t kLongestKey = 255 - 5;
 
-bool endsIn(const std::string& text, const std::string& end) {
+bool endsIn(std::string_view text, std::string_view end) {
     return text.size() >= end.size() &&
            text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-bool isSettingsFile(const std::string& key) {
-    return std::string(FW::kProfileDirectory) + key == FW::kSettingsFile;
+bool isSettingsFile(std::string_view key) {
+    return std::string(FW::kProfileDirectory).append(key) == FW::kSettingsFile;
 }
 
 // Why the store would not find a profile in a file of this name; null when it would.
-const char* badKeyReason(const std::string& key) {
+const char* badKeyReason(std::string_view key) {
     if (key.find('/') != std::string::npos) {
         return "has a slash in it, and the import leaves it out";
     }
@@ -43,7 +43,7 @@ const char* badKeyReason(const std::string& key) {
 }
 
 void checkKey(const Member& profile, const Location& where, FindingList& findings) {
-    const std::string& key = profile.name;
+    const std::string_view key = profile.name;
     if (hasControl(key)) {
         findings.error(profile.nameOffset,
                        where,
@@ -63,11 +63,12 @@ void checkKey(const Member& profile, const Location& where, FindingList& finding
 }
 
 // The file of each profile name; the first file of a name is the one that the store finds.
-std::map<std::string, std::string> filesByName(const std::vector<const Member*>& profiles) {
-    std::map<std::string, std::string> files;
+std::map<std::string_view, std::string_view> filesByName(
+    const std::vector<const Member*>& profiles) {
+    std::map<std::string_view, std::string_view> files;
     for (const Member* profile : profiles) {
         if (const Node* const name = profileNameIn(profile->value)) {
-            const auto [known, isNew] = files.emplace(name->text, profile->name);
+            const auto [known, isNew] = files.emplace(name->text(), profile->name);
             if (!isNew && profile->name < known->second) {
                 known->second = profile->name;
             }
@@ -81,16 +82,16 @@ void checkExportedProfiles(const Node& node,
                            const CheckContext& context,
                            FindingList& findings) {
     const std::vector<const Member*> profiles = checkFreeMembers(node, where, findings);
-    const std::map<std::string, std::string> files = filesByName(profiles);
+    const std::map<std::string_view, std::string_view> files = filesByName(profiles);
     for (const Member* profile : profiles) {
         const Location place(where, profile->name);
         checkKey(*profile, place, findings);
         checkProfileValue(profile->value, place, context, findings);
         const Node* const name = profileNameIn(profile->value);
-        if (name != nullptr && files.at(name->text) != profile->name) {
+        if (name != nullptr && files.at(name->text()) != profile->name) {
             findings.warning(name->offset,
                              {place, profileTable()[profileField::kName].name},
-                             duplicateName(name->text, files.at(name->text)));
+                             duplicateName(name->text(), files.at(name->text())));
         }
     }
 }
@@ -104,16 +105,16 @@ void checkProfileInForce(const Members& settings,
     if (inForce == nullptr || !settings.flag(settingsField::kStatus)) {
         return;
     }
-    for (const Member& profile : profiles.members) {
+    for (const Member& profile : profiles.members()) {
         const Node* const name = profileNameIn(profile.value);
-        if (name != nullptr && name->text == inForce->text) {
+        if (name != nullptr && name->text() == inForce->text()) {
             return;
         }
     }
     findings.error(inForce->offset,
                    {where, settingsTable()[settingsField::kProfile].name},
                    {"missing-values",
-                    "the firewall is on with the profile " + quoted(inForce->text) +
+                    "the firewall is on with the profile " + quoted(inForce->text()) +
                         ", which this export does not have",
                     "Name a profile of `config_profiles`, or set `status` to false."});
 }

@@ -65,11 +65,11 @@ void FindingList::add(Severity severity, std::size_t offset, const Location& whe
 
 const std::string& FindingList::suggestionFor(
     const std::string& what,
-    const std::string& word,
+    std::string_view word,
     const std::function<std::vector<std::string>()>& candidates) {
-    const auto [known, isNew] = suggestions_.try_emplace({what, word});
+    const auto [known, isNew] = suggestions_.try_emplace({what, std::string(word)});
     if (isNew) {
-        known->second = suggestion(word, candidates());
+        known->second = suggestion(known->first.second, candidates());
     }
     return known->second;
 }
@@ -90,7 +90,7 @@ Findings FindingList::take() {
     return findings;
 }
 
-std::string quoted(const std::string& text) {
+std::string quoted(std::string_view text) {
     std::string shown = "`";
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (i >= kLongestQuote && !continuesCharacter(text[i])) {

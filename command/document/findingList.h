@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -33,7 +34,7 @@ class FindingList {
     // The suggestion for a word, from the candidates that `what` stands for. Kept, since a slip is
     // often in every rule of a file, and the search costs more than the rest of the check.
     const std::string& suggestionFor(const std::string& what,
-                                     const std::string& word,
+                                     std::string_view word,
                                      const std::function<std::vector<std::string>()>& candidates);
 
     // What was collected, in the order of the text. Counts the lines of the text once for all.
@@ -48,7 +49,7 @@ class FindingList {
 };
 
 // A text of the document in a message: in backquotes, without control characters, not too long.
-[[nodiscard]] std::string quoted(const std::string& text);
+[[nodiscard]] std::string quoted(std::string_view text);
 
 }  // namespace zamofw
 

@@ -18,15 +18,15 @@ constexpr std::size_t kMaxUsedBefore = 1022;
 constexpr std::size_t kMaxWords = 255;
 
 // Services whose lines do not come from the catalogue alone.
-bool hasLinesOfItsOwn(const std::string& service) {
+bool hasLinesOfItsOwn(std::string_view service) {
     return service == "vpn_server_pptp" || service == "vpn_server_ipsec";
 }
 
 bool hasUsableCountry(const RuleUnderCheck& rule, const CheckContext& context) {
-    const std::vector<Node>& countries = rule.members.items(field::kIpList);
+    const Span<Node> countries = rule.members.items(field::kIpList);
     return std::any_of(countries.begin(), countries.end(), [&](const Node& country) {
-        return (rule.wants(4) && context.hasCountry(country.text, 4)) ||
-               (rule.wants(6) && context.hasCountry(country.text, 6));
+        return (rule.wants(4) && context.hasCountry(std::string(country.text()), 4)) ||
+               (rule.wants(6) && context.hasCountry(std::string(country.text()), 6));
     });
 }
 
@@ -50,11 +50,11 @@ const char* noAddressReason(const RuleUnderCheck& rule, const CheckContext& cont
 }
 
 const char* noServiceReason(const RuleUnderCheck& rule, const CheckContext& context) {
-    const std::vector<Node>& services = rule.members.items(field::kPortList);
+    const Span<Node> services = rule.members.items(field::kPortList);
     const bool hasLine = std::any_of(services.begin(), services.end(), [&](const Node& service) {
-        return hasLinesOfItsOwn(service.text) ||
-               (context.services().known.count(service.text) != 0 &&
-                context.services().idle.count(service.text) == 0);
+        const std::string name(service.text());
+        return hasLinesOfItsOwn(name) || (context.services().known.count(name) != 0 &&
+                                          context.services().idle.count(name) == 0);
     });
     if (hasLine) {
         return nullptr;
@@ -99,11 +99,11 @@ const char* noLineReason(const RuleUnderCheck& rule, const CheckContext& context
     return reason != nullptr ? reason : noPortReason(rule, context);
 }
 
-std::vector<std::string> textsOf(const std::vector<Node>& items) {
+std::vector<std::string> textsOf(Span<Node> items) {
     std::vector<std::string> texts;
     texts.reserve(items.size());
     for (const Node& item : items) {
-        texts.push_back(item.text);
+        texts.emplace_back(item.text());
     }
     return texts;
 }
@@ -175,13 +175,13 @@ bool isShort(const RuleUnderCheck& rule) {
     measure(rule.members.text(field::kTable), table);
     measure(rule.adapter, table);
     for (const Node& chain : rule.members.items(field::kChainList)) {
-        measure(chain.text, chains);
+        measure(chain.text(), chains);
     }
     for (const Node& address : rule.members.items(field::kIpList)) {
-        measure(address.text, addresses);
+        measure(address.text(), addresses);
     }
     for (const Node& port : rule.members.items(field::kPortList)) {
-        measure(port.text, ports);
+        measure(port.text(), ports);
     }
     const bool hasBlank = table.hasBlank || chains.hasBlank || addresses.hasBlank || ports.hasBlank;
     const std::size_t entries = rule.members.items(field::kIpList).size();

@@ -7,7 +7,7 @@ std::string Location::pointer() const {
         return {};
     }
     std::string text = parent_->pointer() + '/';
-    if (name_ == nullptr) {
+    if (!name_) {
         return text + std::to_string(index_);
     }
     for (const char character : *name_) {

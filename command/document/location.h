@@ -3,7 +3,9 @@
 #define COMMAND_DOCUMENT_LOCATION_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace zamofw {
 
@@ -12,7 +14,7 @@ namespace zamofw {
 class Location {
   public:
     Location() = default;  // the root
-    Location(const Location& parent, const std::string& name) : parent_(&parent), name_(&name) {}
+    Location(const Location& parent, std::string_view name) : parent_(&parent), name_(name) {}
     Location(const Location& parent, std::size_t index) : parent_(&parent), index_(index) {}
     Location(const Location&, std::string&&) = delete;
 
@@ -21,7 +23,7 @@ class Location {
 
   private:
     const Location* parent_ = nullptr;
-    const std::string* name_ = nullptr;  // null for an element of a list
+    std::optional<std::string_view> name_;  // none for an element of a list
     std::size_t index_ = 0;
 };
 

@@ -108,20 +108,13 @@ void reportDuplicate(const Member& member, const Location& where, FindingList& f
                     "Take one of them out, or make one of both."});
 }
 
-// The row of the name, or the number of rows.
-std::size_t rowOf(const MemberTable& table, const std::string& name) {
-    const auto found = std::find_if(
-        table.begin(), table.end(), [&](const MemberRow& entry) { return entry.name == name; });
-    return static_cast<std::size_t>(found - table.begin());
-}
-
 void checkCode(const Node& value,
                const Location& where,
                const MemberRow& entry,
                FindingList& findings) {
-    if (!entry.codes.empty() && !isCode(value.integer, entry.codes)) {
+    if (!entry.codes.empty() && !isCode(value.integer(), entry.codes)) {
         findings.error(
-            value.offset, where, codeFault(quoted(entry.name), value.integer, entry.codes));
+            value.offset, where, codeFault(quoted(entry.name), value.integer(), entry.codes));
     }
 }
 
@@ -135,21 +128,19 @@ std::optional<std::int64_t> Members::integer(std::size_t row) const {
     if (!sound_[row]) {
         return std::nullopt;
     }
-    return values_[row] == nullptr ? 0 : values_[row]->integer;
+    return values_[row] == nullptr ? 0 : values_[row]->integer();
 }
 
 bool Members::flag(std::size_t row) const {
-    return values_[row] != nullptr && values_[row]->flag;
+    return values_[row] != nullptr && values_[row]->flag();
 }
 
-const std::string& Members::text(std::size_t row) const {
-    static const std::string kNone;
-    return values_[row] == nullptr ? kNone : values_[row]->text;
+std::string_view Members::text(std::size_t row) const {
+    return values_[row] == nullptr ? std::string_view() : values_[row]->text();
 }
 
-const std::vector<Node>& Members::items(std::size_t row) const {
-    static const std::vector<Node> kNone;
-    return values_[row] == nullptr ? kNone : values_[row]->items;
+Span<Node> Members::items(std::size_t row) const {
+    return values_[row] == nullptr ? Span<Node>() : values_[row]->items();
 }
 
 bool isCode(std::int64_t value, const std::vector<Code>& codes) {
@@ -171,10 +162,11 @@ bool hasType(const Node& value, MemberType type) {
         return false;
     }
     if (type == MemberType::kInteger) {
-        return is32Bit(value.integer);
+        return is32Bit(value.integer());
     }
+    const Span<Node> items = value.items();
     return type != MemberType::kTexts ||
-           std::all_of(value.items.begin(), value.items.end(), [](const Node& item) {
+           std::all_of(items.begin(), items.end(), [](const Node& item) {
                return item.kind == Node::Kind::kText;
            });
 }
@@ -188,9 +180,9 @@ bool checkType(const Node& value,
         return true;
     }
     if (type == MemberType::kTexts && value.kind == Node::Kind::kList) {
-        for (std::size_t i = 0; i < value.items.size(); ++i) {
+        for (std::size_t i = 0; i < value.items().size(); ++i) {
             (void)checkType(
-                value.items[i], {where, i}, "an entry of " + what, MemberType::kText, findings);
+                value.items()[i], {where, i}, "an entry of " + what, MemberType::kText, findings);
         }
         return false;
     }
@@ -214,8 +206,9 @@ Members checkMembers(const Node& object,
     Members members;
     members.sound_.fill(true);
     std::array<bool, Members::kMaxRows> seen = {};
-    for (const Member& member : object.members) {
-        const std::size_t row = rowOf(table, member.name);
+    std::size_t row = 0;
+    for (const Member& member : object.members()) {
+        row = rowOf(table, member.name, row + 1);
         if (row == table.size()) {
             if (closed) {
                 reportUnknown(member, where, table, owner, findings);
@@ -228,7 +221,7 @@ Members checkMembers(const Node& object,
         seen[row] = true;
         members.values_[row] = member.value.kind == Node::Kind::kNull ? nullptr : &member.value;
     }
-    for (std::size_t row = 0; row < table.size(); ++row) {
+    for (row = 0; row < table.size(); ++row) {
         const Node*& value = members.values_[row];
         if (value == nullptr) {
             continue;
@@ -249,9 +242,9 @@ Members checkMembers(const Node& object,
 std::vector<const Member*> checkFreeMembers(const Node& object,
                                             const Location& where,
                                             FindingList& findings) {
-    std::unordered_map<std::string, std::size_t> positions;
+    std::unordered_map<std::string_view, std::size_t> positions;
     std::vector<const Member*> seen;
-    for (const Member& member : object.members) {
+    for (const Member& member : object.members()) {
         const auto [position, isNew] = positions.emplace(member.name, seen.size());
         if (isNew) {
             seen.push_back(&member);

@@ -29,8 +29,8 @@ class Members {
     // is wrong.
     [[nodiscard]] std::optional<std::int64_t> integer(std::size_t row) const;
     [[nodiscard]] bool flag(std::size_t row) const;
-    [[nodiscard]] const std::string& text(std::size_t row) const;
-    [[nodiscard]] const std::vector<Node>& items(std::size_t row) const;
+    [[nodiscard]] std::string_view text(std::size_t row) const;
+    [[nodiscard]] Span<Node> items(std::size_t row) const;
 
     static constexpr std::size_t kMaxRows = 18;
 

@@ -2,6 +2,16 @@
 
 namespace zamofw {
 
+std::size_t rowOf(const MemberTable& table, std::string_view name, std::size_t guess) {
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const std::size_t row = (guess + i) % table.size();
+        if (table[row].name == name) {
+            return row;
+        }
+    }
+    return table.size();
+}
+
 const std::vector<Code>& policyCodes() {
     static const std::vector<Code> codes = {{0, "allow"}, {1, "deny"}, {2, "none"}};
     return codes;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zamofw {
@@ -24,6 +25,10 @@ struct MemberRow {
 };
 
 using MemberTable = std::vector<MemberRow>;
+
+// The row of a name, or the number of rows. The search begins at the guess: members mostly come in
+// the order of their table, which is that of the alphabet.
+[[nodiscard]] std::size_t rowOf(const MemberTable& table, std::string_view name, std::size_t guess);
 
 // The rows of the rule table, by name.
 namespace field {

@@ -18,14 +18,13 @@ int portIn(std::string_view text) {
     return port <= kHighestPort ? port : -1;
 }
 
-std::optional<Fault> portFault(const std::string& text) {
+std::optional<Fault> portFault(std::string_view text) {
     if (std::optional<Fault> fault = entryFault("the port", text)) {
         return fault;
     }
-    const std::string_view view = text;
-    const std::size_t dash = view.find('-');
-    const int low = portIn(view.substr(0, dash));
-    const int high = dash == std::string_view::npos ? low : portIn(view.substr(dash + 1));
+    const std::size_t dash = text.find('-');
+    const int low = portIn(text.substr(0, dash));
+    const int high = dash == std::string_view::npos ? low : portIn(text.substr(dash + 1));
     if (low < 0 || high < 0) {
         return Fault{"bad-port",
                      quoted(text) + " is neither a port nor a range of ports",
@@ -49,12 +48,12 @@ void reportMissing(const RuleUnderCheck& rule, const char* wanted, FindingList& 
 }
 
 void checkServices(const RuleUnderCheck& rule, const CheckContext& context, FindingList& findings) {
-    const std::vector<Node>& items = rule.members.items(field::kPortList);
+    const Span<Node> items = rule.members.items(field::kPortList);
     if (items.empty()) {
         reportMissing(rule, "a service", findings);
     }
     for (std::size_t i = 0; i < items.size(); ++i) {
-        const std::string& name = items[i].text;
+        const std::string name(items[i].text());
         if (context.services().known.count(name) != 0) {
             continue;
         }
@@ -91,12 +90,12 @@ bool checkProtocol(const RuleUnderCheck& rule, FindingList& findings) {
 }
 
 void checkPortEntries(const RuleUnderCheck& rule, FindingList& findings) {
-    const std::vector<Node>& items = rule.members.items(field::kPortList);
+    const Span<Node> items = rule.members.items(field::kPortList);
     if (items.empty()) {
         reportMissing(rule, "a port", findings);
     }
     for (std::size_t i = 0; i < items.size(); ++i) {
-        if (std::optional<Fault> fault = portFault(items[i].text)) {
+        if (std::optional<Fault> fault = portFault(items[i].text())) {
             const Location list = rule.whereOf(field::kPortList);
             findings.error(items[i].offset, {list, i}, std::move(*fault));
         }

@@ -17,7 +17,7 @@ void checkProfileValue(const Node& profile,
 [[nodiscard]] const Node* profileNameIn(const Node& profile);
 
 [[nodiscard]] Fault syntaxFault(const SyntaxFault& fault);
-[[nodiscard]] Fault duplicateName(const std::string& name, const std::string& otherFile);
+[[nodiscard]] Fault duplicateName(std::string_view name, std::string_view otherFile);
 
 }  // namespace zamofw
 

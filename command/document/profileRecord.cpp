@@ -3,11 +3,13 @@
 #include <json/reader.h>
 #include <json/value.h>
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <utility>
 
 #include "command/console.h"
+#include "command/document/memberCheck.h"
 #include "zamofirewall/profileDatabase.h"
 
 namespace zamofw {
@@ -36,97 +38,114 @@ class PlainReader {
         if (root.kind != Kind::kObject) {
             return std::nullopt;
         }
-        profile.name = text(root, "name");
-        if (const Node* const rules = object(root, "rules"); rules != nullptr) {
+        const Rows rows = rowsOf(root, profileTable());
+        profile.name = text(rows[profileField::kName]);
+        if (const Node* const rules = checked(rows[profileField::kRules], Kind::kObject)) {
             readRules(*rules, profile.rules);
         }
-        if (const Node* const policies = object(root, "adapterPolicyMap"); policies != nullptr) {
-            for (const Member& member : policies->members) {
-                profile.adapterPolicyMap[member.name] = static_cast<FW::FW_POLICY>(code(&member));
+        if (const Node* const policies = checked(rows[profileField::kPolicies], Kind::kObject)) {
+            for (const Member& member : policies->members()) {
+                profile.adapterPolicyMap[std::string(member.name)] =
+                    static_cast<FW::FW_POLICY>(code(unlessNull(member.value)));
             }
         }
         return isPlain_ ? std::optional(std::move(profile)) : std::nullopt;
     }
 
   private:
-    // The value when it is of this kind, else null; a member that is missing is plain.
-    const Node* checked(const Member* member, Kind kind) {
-        if (member == nullptr || member->value.kind == kind) {
-            return member == nullptr ? nullptr : &member->value;
+    // The values by the rows of a table; null for those that are missing.
+    using Rows = std::array<const Node*, Members::kMaxRows>;
+
+    // A null is as good as a member that is missing.
+    static const Node* unlessNull(const Node& value) {
+        return value.kind == Kind::kNull ? nullptr : &value;
+    }
+    static Rows rowsOf(const Node& object, const MemberTable& table) {
+        Rows rows = {};
+        std::size_t row = table.size();
+        for (const Member& member : object.members()) {
+            row = rowOf(table, member.name, row + 1);
+            if (row < table.size()) {
+                rows[row] = unlessNull(member.value);
+            }
+        }
+        return rows;
+    }
+
+    // The value when it is of this kind, else null.
+    const Node* checked(const Node* value, Kind kind) {
+        if (value == nullptr || value->kind == kind) {
+            return value;
         }
         isPlain_ = false;
         return nullptr;
     }
-    const Node* object(const Node& parent, const char* name) {
-        return checked(parent.find(name), Kind::kObject);
+    std::string text(const Node* value) {
+        const Node* const node = checked(value, Kind::kText);
+        return node == nullptr ? std::string() : std::string(node->text());
     }
-    std::string text(const Node& parent, const char* name) {
-        const Node* const node = checked(parent.find(name), Kind::kText);
-        return node == nullptr ? std::string() : node->text;
+    bool flag(const Node* value) {
+        const Node* const node = checked(value, Kind::kBool);
+        return node != nullptr && node->flag();
     }
-    bool flag(const Node& parent, const char* name) {
-        const Node* const node = checked(parent.find(name), Kind::kBool);
-        return node != nullptr && node->flag;
-    }
-    std::int32_t code(const Member* member) {
+    std::int32_t code(const Node* value) {
         using Limits = std::numeric_limits<std::int32_t>;
-        const Node* const node = checked(member, Kind::kInteger);
-        if (node == nullptr || node->integer < Limits::min() || node->integer > Limits::max()) {
-            isPlain_ = isPlain_ && node == nullptr;
-            return 0;
-        }
-        return static_cast<std::int32_t>(node->integer);
+        const Node* const node = checked(value, Kind::kInteger);
+        const std::int64_t number = node == nullptr ? 0 : node->integer();
+        isPlain_ = isPlain_ && number >= Limits::min() && number <= Limits::max();
+        return static_cast<std::int32_t>(number);
     }
-    std::int32_t code(const Node& parent, const char* name) { return code(parent.find(name)); }
-    std::vector<std::string> texts(const Node& parent, const char* name) {
+    std::vector<std::string> texts(const Node* value) {
         std::vector<std::string> result;
-        if (const Node* const list = checked(parent.find(name), Kind::kList); list != nullptr) {
-            for (const Node& item : list->items) {
+        if (const Node* const list = checked(value, Kind::kList)) {
+            result.reserve(list->items().size());
+            for (const Node& item : list->items()) {
                 isPlain_ = isPlain_ && item.kind == Kind::kText;
-                result.push_back(item.text);
+                result.emplace_back(item.text());
             }
         }
         return result;
     }
 
     void readRules(const Node& rules, RuleMap& read) {
-        for (const Member& member : rules.members) {
-            const Node* const list = checked(&member, Kind::kList);
+        for (const Member& member : rules.members()) {
+            const std::string adapter(member.name);
+            const Node* const list = checked(unlessNull(member.value), Kind::kList);
             // Of equal members the last one counts.
-            if (list == nullptr || list->items.empty()) {
-                read.erase(member.name);
+            if (list == nullptr || list->items().empty()) {
+                read.erase(adapter);
                 continue;
             }
-            std::vector<FW::FWRULE>& target = read[member.name];
+            std::vector<FW::FWRULE>& target = read[adapter];
             target.clear();
-            target.reserve(list->items.size());
-            for (const Node& item : list->items) {
+            target.reserve(list->items().size());
+            for (const Node& item : list->items()) {
                 isPlain_ = isPlain_ && item.kind == Kind::kObject;
-                readRule(item, target.emplace_back());
+                readRule(rowsOf(item, ruleTable()), target.emplace_back());
             }
         }
     }
 
-    void readRule(const Node& node, FW::FWRULE& rule) {
-        rule.ruleIndex = code(node, "ruleID");
-        rule.enable = flag(node, "enable");
-        rule.adapterDirect = code(node, "adapterDirect");
-        rule.policy = static_cast<FW::FW_POLICY>(code(node, "policy"));
-        rule.blLog = flag(node, "blLog");
-        rule.labelList = texts(node, "labelList");
-        rule.name = text(node, "name");
-        rule.table = text(node, "table");
-        for (std::string& chain : texts(node, "chainList")) {
+    void readRule(const Rows& rows, FW::FWRULE& rule) {
+        rule.ruleIndex = code(rows[field::kRuleId]);
+        rule.enable = flag(rows[field::kEnable]);
+        rule.adapterDirect = code(rows[field::kAdapterDirect]);
+        rule.policy = static_cast<FW::FW_POLICY>(code(rows[field::kPolicy]));
+        rule.blLog = flag(rows[field::kBlLog]);
+        rule.labelList = texts(rows[field::kLabelList]);
+        rule.name = text(rows[field::kName]);
+        rule.table = text(rows[field::kTable]);
+        for (std::string& chain : texts(rows[field::kChainList])) {
             rule.chainList.insert(std::move(chain));
         }
-        rule.ipType = code(node, "ipType");
-        rule.ipDirect = code(node, "ipDirect");
-        rule.ipGroup = code(node, "ipGroup");
-        rule.ipList = texts(node, "ipList");
-        rule.portDirect = code(node, "portDirect");
-        rule.portGroup = code(node, "portGroup");
-        rule.protocol = code(node, "protocol");
-        rule.portList = texts(node, "portList");
+        rule.ipType = code(rows[field::kIpType]);
+        rule.ipDirect = code(rows[field::kIpDirect]);
+        rule.ipGroup = code(rows[field::kIpGroup]);
+        rule.ipList = texts(rows[field::kIpList]);
+        rule.portDirect = code(rows[field::kPortDirect]);
+        rule.portGroup = code(rows[field::kPortGroup]);
+        rule.protocol = code(rows[field::kProtocol]);
+        rule.portList = texts(rows[field::kPortList]);
     }
 
     bool isPlain_ = true;
@@ -145,12 +164,12 @@ const Node* refusedRule(const Document& document, const Json::Value& value) {
     if (rules == nullptr || rules->value.kind != Kind::kObject) {
         return nullptr;
     }
-    for (const Member& member : rules->value.members) {
-        const Json::Value& list = value["rules"][member.name];
-        for (std::size_t i = 0; list.isArray() && i < member.value.items.size(); ++i) {
+    for (const Member& member : rules->value.members()) {
+        const Json::Value& list = value["rules"][std::string(member.name)];
+        for (std::size_t i = 0; list.isArray() && i < member.value.items().size(); ++i) {
             const auto index = static_cast<Json::ArrayIndex>(i);
             if (index < list.size() && !isRuleTaken(list[index])) {
-                return &member.value.items[i];
+                return &member.value.items()[i];
             }
         }
     }
@@ -184,7 +203,7 @@ std::optional<std::string> nameIn(const Document& document) {
     const Member* const name =
         document.root.kind == Kind::kObject ? document.root.find("name") : nullptr;
     if (name != nullptr && name->value.kind == Kind::kText) {
-        return name->value.text;
+        return std::string(name->value.text());
     }
     Json::Value value;
     if (document.fault && parseLikeLibrary(document.text, value) && value.isObject() &&

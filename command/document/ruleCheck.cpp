@@ -19,7 +19,7 @@ constexpr std::size_t kLongestChain = 28;
 // The name of a table or chain. One that is `unknown` is not worth a second finding when the line
 // is too long because of it.
 std::optional<Fault> nameFault(const char* what,
-                               const std::string& name,
+                               std::string_view name,
                                const char* missingRemedy,
                                const std::optional<Fault>& unknown) {
     if (name.empty()) {
@@ -31,7 +31,7 @@ std::optional<Fault> nameFault(const char* what,
     return fault ? fault : unknown;
 }
 
-std::optional<Fault> tableFault(const std::string& table, bool canRun) {
+std::optional<Fault> tableFault(std::string_view table, bool canRun) {
     std::optional<Fault> unknown;
     if (canRun && std::find(kTables.begin(), kTables.end(), table) == kTables.end()) {
         unknown = Fault{"unknown-code",
@@ -41,7 +41,7 @@ std::optional<Fault> tableFault(const std::string& table, bool canRun) {
     return nameFault("the table", table, "Set `table` to \"filter\".", unknown);
 }
 
-std::optional<Fault> chainFault(const std::string& chain, bool canRun) {
+std::optional<Fault> chainFault(std::string_view chain, bool canRun) {
     std::optional<Fault> unknown;
     if (canRun && chain.size() > kLongestChain) {
         unknown = Fault{"unknown-code",
@@ -65,10 +65,10 @@ void checkTable(const RuleUnderCheck& rule, bool canRun, FindingList& findings) 
 }
 
 void checkChains(const RuleUnderCheck& rule, bool canRun, FindingList& findings) {
-    const std::vector<Node>& chains = rule.members.items(field::kChainList);
+    const Span<Node> chains = rule.members.items(field::kChainList);
     const Location list = rule.whereOf(field::kChainList);
     for (std::size_t i = 0; i < chains.size(); ++i) {
-        if (std::optional<Fault> fault = chainFault(chains[i].text, canRun)) {
+        if (std::optional<Fault> fault = chainFault(chains[i].text(), canRun)) {
             findings.error(chains[i].offset, {list, i}, std::move(*fault));
         }
     }

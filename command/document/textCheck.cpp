@@ -9,8 +9,8 @@ bool isControl(char character) {
     return static_cast<unsigned char>(character) < 0x20U || character == 0x7F;
 }
 
-std::optional<Fault> blankFault(const std::string& what, const std::string& text) {
-    if (text.find(' ') != std::string::npos) {
+std::optional<Fault> blankFault(const std::string& what, std::string_view text) {
+    if (text.find(' ') != std::string_view::npos) {
         return Fault{"blank-in-text",
                      what + ' ' + quoted(text) + " has a blank in it, which splits it into words",
                      "Take the blank out: a command line to iptables has no quotes."};
@@ -23,7 +23,7 @@ std::optional<Fault> blankFault(const std::string& what, const std::string& text
     return std::nullopt;
 }
 
-Fault optionFault(const std::string& what, const std::string& text) {
+Fault optionFault(const std::string& what, std::string_view text) {
     return {"option-in-text",
             what + ' ' + quoted(text) + " begins with a dash, as an option of iptables does",
             "Take the dash out."};
@@ -40,7 +40,7 @@ bool hasControl(std::string_view text) {
     return std::any_of(text.begin(), text.end(), isControl);
 }
 
-std::optional<Fault> wordFault(const std::string& what, const std::string& text) {
+std::optional<Fault> wordFault(const std::string& what, std::string_view text) {
     if (std::optional<Fault> fault = blankFault(what, text)) {
         return fault;
     }
@@ -50,7 +50,7 @@ std::optional<Fault> wordFault(const std::string& what, const std::string& text)
     return std::nullopt;
 }
 
-std::optional<Fault> entryFault(const std::string& what, const std::string& text) {
+std::optional<Fault> entryFault(const std::string& what, std::string_view text) {
     if (std::optional<Fault> fault = blankFault(what, text)) {
         return fault;
     }

@@ -15,11 +15,11 @@ namespace zamofw {
 
 // A text that iptables would not see as the one word that it is: with a blank or a control
 // character in it, or taken as an option. `what` names it: "the table".
-[[nodiscard]] std::optional<Fault> wordFault(const std::string& what, const std::string& text);
+[[nodiscard]] std::optional<Fault> wordFault(const std::string& what, std::string_view text);
 
 // The same for an address, a port or a country. A dash before digits is a bad number there, not an
 // option.
-[[nodiscard]] std::optional<Fault> entryFault(const std::string& what, const std::string& text);
+[[nodiscard]] std::optional<Fault> entryFault(const std::string& what, std::string_view text);
 
 }  // namespace zamofw
 
