@@ -39,6 +39,8 @@ bool readWhole(int fd, std::string& text) {
     std::size_t chunkSize = kChunkSize;
     if (S_ISREG(status.st_mode) && status.st_size > 0) {
         chunkSize = std::min(static_cast<std::size_t>(status.st_size), kMaxSize) + 1;
+        // The read that finds the end must not make the text move.
+        text.reserve(chunkSize + kChunkSize);
     }
     ssize_t count = 1;
     while (count > 0 && text.size() <= kMaxSize) {
