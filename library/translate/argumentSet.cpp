@@ -19,18 +19,20 @@ constexpr const char* kLogModule = "fwIptables";
 // An argument set has only texts, so the text of a fragment tells its family.
 class ArgumentSource {
   public:
-    explicit ArgumentSource(const Json::Value& args) : args_(args) {}
+    explicit ArgumentSource(const Json::Value& args)
+        : tables_(args["table"]),
+          chains_(args["chain"]),
+          adapters_(args["adapter"]),
+          ip_(args["ip"]),
+          ports_(args["port"]),
+          policies_(args["policy"]) {}
 
-    const Json::Value& tables() const { return args_["table"]; }
-    const Json::Value& chains() const { return args_["chain"]; }
-    const Json::Value& adapters() const { return args_["adapter"]; }
-    const Json::Value& addresses(AddressFamily family) const {
-        return args_["ip"][namesOf(family).key];
-    }
-    const Json::Value& ports() const { return args_["port"]; }
-    std::string target() const {
-        return args_["policy"].empty() ? "" : args_["policy"][0].asString();
-    }
+    const Json::Value& tables() const { return tables_; }
+    const Json::Value& chains() const { return chains_; }
+    const Json::Value& adapters() const { return adapters_; }
+    const Json::Value& addresses(AddressFamily family) const { return ip_[namesOf(family).key]; }
+    const Json::Value& ports() const { return ports_; }
+    std::string target() const { return policies_.empty() ? "" : policies_[0].asString(); }
 
     static std::string text(const Json::Value& fragment) { return fragment.asString(); }
     static bool isFor(const Json::Value& port, AddressFamily family) {
@@ -38,7 +40,12 @@ class ArgumentSource {
     }
 
   private:
-    const Json::Value& args_;
+    const Json::Value& tables_;
+    const Json::Value& chains_;
+    const Json::Value& adapters_;
+    const Json::Value& ip_;
+    const Json::Value& ports_;
+    const Json::Value& policies_;
 };
 
 // Whether the rule makes the array "port" even when it gives no fragment.

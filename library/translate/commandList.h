@@ -8,11 +8,19 @@
 
 namespace FW {
 
-// A sink that appends to the command list `cmds`, which must outlive it.
+// A sink that appends to the command list `cmds`, which must outlive it. Lines that come together
+// mostly go to the same place.
 [[nodiscard]] inline LineSink commandList(Json::Value& cmds) {
     return [&cmds](const std::vector<Line>& lines) {
+        const Line* previous = nullptr;
+        Json::Value* list = nullptr;
         for (const Line& line : lines) {
-            cmds[namesOf(line.family).key][line.key].append(line.text);
+            if (previous == nullptr || line.family != previous->family ||
+                line.key != previous->key) {
+                list = &cmds[namesOf(line.family).key][line.key];
+            }
+            list->append(line.text);
+            previous = &line;
         }
     };
 }

@@ -79,10 +79,17 @@ std::vector<Line> familyLines(const Source& source,
                 if (!Source::isFor(port, family)) {
                     continue;
                 }
-                std::string match = head;
-                appendPart(match, Source::text(adapter));
-                appendPart(match, Source::text(address));
-                appendPart(match, Source::text(port));
+                const auto& adapterText = Source::text(adapter);
+                const auto& addressText = Source::text(address);
+                const auto& portText = Source::text(port);
+                std::string match;
+                // With the blanks.
+                match.reserve(head.size() + adapterText.size() + addressText.size() +
+                              portText.size() + target.size() + 4);
+                match += head;
+                appendPart(match, adapterText);
+                appendPart(match, addressText);
+                appendPart(match, portText);
                 if (context.rule.blLog) {
                     lines.push_back({family, context.key, match + " -j LOG", context.origin});
                 }
