@@ -226,6 +226,11 @@ class Planner {
     // The lines of no adapter run first, then those of the adapters in ascending order.
     static std::vector<PlannedLine> inOrder(LinesByKey lines) {
         std::vector<PlannedLine> ordered = std::move(lines[FW::kGlobalAdapter]);
+        std::size_t count = ordered.size();
+        for (const auto& entry : lines) {
+            count += entry.second.size();
+        }
+        ordered.reserve(count);
         for (auto& [key, planned] : lines) {
             ordered.insert(ordered.end(),
                            std::make_move_iterator(planned.begin()),
