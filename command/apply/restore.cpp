@@ -26,8 +26,10 @@ std::string padding(int pipe) {
     if (capacity < 0) {
         failed(std::string("the size of a pipe is unknown: ") + std::strerror(errno));
     }
+    const std::size_t size = static_cast<std::size_t>(capacity) + kLargestBuffer;
     std::string text;
-    while (text.size() <= static_cast<std::size_t>(capacity) + kLargestBuffer) {
+    text.reserve(size + kLine);
+    while (text.size() <= size) {
         text.append(kLine - 1, '#').append("\n");
     }
     return text;
@@ -36,10 +38,7 @@ std::string padding(int pipe) {
 }  // namespace
 
 Restore::Restore(const Plan& plan, int family, const ExecutionLock& lock)
-    : family_(family),
-      lock_(lock),
-      text_(restoreText(plan, family)),
-      input_(memoryFile(text_.text)) {}
+    : family_(family), lock_(lock), text_(restoreText(plan, family)) {}
 
 bool Restore::hasOneTable() const {
     return text().find("\nCOMMIT\n") + sizeof "\nCOMMIT" == text().size();
@@ -56,9 +55,14 @@ Program Restore::start(const std::vector<std::string>& options, int input, Xtabl
     return Program(command, input, lock_.descriptor(), variable);
 }
 
+Program Restore::startTest() const {
+    return start({"--test"}, memoryFile(text()).get());
+}
+
 ProgramResult Restore::commit(XtablesLock lock) const {
-    ProgramResult result = start({}, input_.get(), lock).finish();
-    return result.status < 0 ? start({}, input_.get(), lock).finish() : result;
+    const posix::Descriptor input = memoryFile(text());
+    ProgramResult result = start({}, input.get(), lock).finish();
+    return result.status < 0 ? start({}, input.get(), lock).finish() : result;
 }
 
 bool Restore::mayBeCommitted(const ProgramResult& result) const {

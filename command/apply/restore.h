@@ -33,7 +33,7 @@ class Restore {
                                 XtablesLock lock = XtablesLock::kTake) const;
 
     // Starts the program with all lines, to see whether it understands them.
-    [[nodiscard]] Program startTest() const { return start({"--test"}, input_.get()); }
+    [[nodiscard]] Program startTest() const;
 
     // A program that somebody ends may or may not have committed its lines; they can be committed
     // twice.
@@ -50,7 +50,6 @@ class Restore {
     int family_;
     const ExecutionLock& lock_;
     RestoreText text_;
-    posix::Descriptor input_;
 };
 
 // A restore that has read and understood all its lines, and waits to be told to commit them. It

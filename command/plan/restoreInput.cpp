@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::string_view kFilter = "filter";
 constexpr std::string_view kFilterPrefix = "-t filter -A ";
+constexpr std::string_view kCommit = "COMMIT\n";
 constexpr std::string_view kNoTablePrefix = "-A ";
 
 // What cmdExec() takes: words with the program's path, and their bytes, each with its NUL. A word
@@ -120,6 +121,15 @@ struct Section {
         lines.text.append(line).append("\n");
         lines.origins.push_back(origin);
     }
+    // Nearly all lines are of one table.
+    void reserveFor(const std::vector<PlannedLine>& planned) {
+        std::size_t size = lines.text.size() + kCommit.size();
+        for (const PlannedLine& line : planned) {
+            size += line.line.size() + 1;
+        }
+        lines.text.reserve(size);
+        lines.origins.reserve(lines.origins.size() + planned.size() + 1);
+    }
 };
 
 void appendPlanned(const PlannedLine& planned,
@@ -155,9 +165,11 @@ Section filterHead(int family) {
 
 RestoreText restoreText(const Plan& plan, int family) {
     const FW::Family& names = family == 4 ? FW::kIpv4 : FW::kIpv6;
+    const std::vector<PlannedLine>& lines = family == 4 ? plan.v4 : plan.v6;
     Section filter = filterHead(family);
+    filter.reserveFor(lines);
     std::map<std::string, Section> others;
-    for (const PlannedLine& line : family == 4 ? plan.v4 : plan.v6) {
+    for (const PlannedLine& line : lines) {
         appendPlanned(line, names, filter, others);
     }
     filter.append("COMMIT", nullptr);
