@@ -2,6 +2,7 @@
 
 #include "command/answers/checkAnswer.h"
 #include "command/answers/diffAnswer.h"
+#include "command/answers/explainAnswer.h"
 #include "command/answers/planAnswer.h"
 #include "command/answers/systemNames.h"
 #include "command/commandLineOptions.h"
@@ -24,6 +25,22 @@ Answer check(CLI::App& app, const Words&) {
     addTarget(app, request->target);
     app.add_flag("--all", request->all, "every stored profile");
     return [request](const Console& console) { return checkAnswer(console, *request); };
+}
+
+Answer explain(CLI::App& app, const Words&) {
+    const auto request = std::make_shared<ExplainRequest>();
+    addTarget(app, request->target);
+    app.add_option("--in", request->in, "the interface that the packet comes in on")->required();
+    addOptional(app, "--out", request->out, "the one it goes out on; then it is forwarded");
+    addOptional(app, "--from", request->from, "its source; one that no rule names when not said");
+    addOptional(app, "--to", request->to, "its destination, likewise");
+    addOptional(app, "--family", request->family, "4 or 6, where no address says it; 4");
+    app.add_option("--proto", request->protocol, "tcp, udp, icmp, igmp, a number or other")
+        ->required();
+    addOptional(app, "--port", request->port, "its destination port");
+    addOptional(app, "--source-port", request->sourcePort, "its source port");
+    addOptional(app, "--state", request->state, "new or established; new");
+    return [request](const Console& console) { return explainAnswer(console, *request); };
 }
 
 Answer diff(CLI::App& app, const Words&) {
@@ -52,6 +69,12 @@ Commands inspectionCommands() {
          "[PROFILE] [--file FILE] [--format lines|restore|json]",
          "the lines of a profile, with their rules",
          plan,
+         nullptr},
+        {"explain",
+         "[PROFILE] [--file FILE] --in INTERFACE --proto P [--out INTERFACE] [--from ADDRESS] [--to "
+         "ADDRESS] [--family 4|6] [--port N] [--source-port N] [--state new|established]",
+         "what happens to a packet, and why",
+         explain,
          nullptr},
         {"diff", "[A] [B] [--file FILE]", "what differs between two profiles", diff, nullptr},
     };

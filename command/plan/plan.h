@@ -21,6 +21,10 @@ namespace zamofw {
 // The same where it is known whether the network tool needs to be asked for tunnels.
 [[nodiscard]] Plan planProfile(const FW::FWPROFILE& profile, bool mayHaveTunnel);
 
+// The same as if all adapters were there that the profile has rules for. One that is not is an
+// interface of its name.
+[[nodiscard]] Plan planOfAllAdapters(const FW::FWPROFILE& profile);
+
 // As text: each line with its program in front, as it would be run.
 [[nodiscard]] std::string planLines(const Plan& plan);
 

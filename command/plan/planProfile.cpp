@@ -2,6 +2,7 @@
 
 #include <json/value.h>
 
+#include <boost/algorithm/string/replace.hpp>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -18,6 +19,9 @@ namespace {
 
 // Dial-up is governed by the name "pppoe", or "vpn"; the interface itself never is.
 constexpr const char* kNeverTranslated = "ppp0";
+
+// The translator does not take the name "pppoe" where nothing dials out.
+constexpr const char* kAbsentPppoe = "absent-pppoe";
 
 // The lines of one family by the name that they run under.
 using LinesByKey = std::map<std::string, std::vector<PlannedLine>>;
@@ -140,7 +144,10 @@ class Scratch {
 
 class Planner {
   public:
-    explicit Planner(bool mayHaveTunnel) : mayHaveTunnel_(mayHaveTunnel) {}
+    enum class Adapters { kPresent, kAll };
+
+    Planner(bool mayHaveTunnel, Adapters adapters)
+        : mayHaveTunnel_(mayHaveTunnel), adapters_(adapters) {}
 
     void addBuiltInLines() {
         Json::Value lines;
@@ -153,10 +160,16 @@ class Planner {
     void addAdapter(const std::string& adapter,
                     const std::vector<FW::FWRULE>& rules,
                     const FW::FW_POLICY* policy) {
-        if (adapter == kNeverTranslated || !translator_.adapterIsEnabled(adapter)) {
+        if (adapter == kNeverTranslated) {
             return;
         }
-        const std::optional<std::string> tunnel = tunnelOf(adapter);
+        const bool isPresent = translator_.adapterIsEnabled(adapter);
+        if (!isPresent && adapters_ == Adapters::kPresent) {
+            return;
+        }
+        isAbsentPppoe_ = !isPresent && adapter == FW::kPppoeAdapter;
+        const std::optional<std::string> tunnel =
+            isPresent ? tunnelOf(adapter) : std::optional<std::string>();
         std::size_t position = 0;
         for (const FW::FWRULE& rule : rules) {
             addStep(adapter, tunnel, {rule, LineKind::kRule, ++position});
@@ -203,20 +216,24 @@ class Planner {
 
     // Files the lines of one rule under `key`, an interface or the name of one.
     bool translate(const std::string& key, const FW::FWRULE& rule, const PlannedLine& origin) {
-        if (!scratch_.translate(key, rule)) {
+        const std::string name = isAbsentPppoe_ ? kAbsentPppoe : key;
+        if (!scratch_.translate(name, rule)) {
             return false;
         }
-        take(scratch_.linesOf(FW::kIpv4, key), v4_[key], origin);
-        take(scratch_.linesOf(FW::kIpv6, key), v6_[key], origin);
+        take(scratch_.linesOf(FW::kIpv4, name), v4_[key], origin);
+        take(scratch_.linesOf(FW::kIpv6, name), v6_[key], origin);
         return true;
     }
 
-    static void take(Json::Value& lines,
-                     std::vector<PlannedLine>& planned,
-                     const PlannedLine& origin) {
+    void take(Json::Value& lines,
+              std::vector<PlannedLine>& planned,
+              const PlannedLine& origin) const {
         for (const Json::Value& line : lines) {
             planned.push_back(origin);
             planned.back().line = line.asString();
+            if (isAbsentPppoe_) {
+                boost::replace_first(planned.back().line, kAbsentPppoe, FW::kPppoeAdapter);
+            }
         }
         if (!lines.empty()) {
             lines.clear();
@@ -241,20 +258,15 @@ class Planner {
 
     FW::ZAMOFW_IPTABLES_RULES translator_;
     bool mayHaveTunnel_;
+    Adapters adapters_;
+    bool isAbsentPppoe_ = false;  // the adapter that is being translated
     Scratch scratch_{translator_};
     LinesByKey v4_;
     LinesByKey v6_;
 };
 
-}  // namespace
-
-Plan planProfile(const FW::FWPROFILE& profile) {
-    return planProfile(profile, mayHaveTunnel());
-}
-
-Plan planProfile(const FW::FWPROFILE& profile, bool mayHaveTunnel) {
+Plan planWith(Planner&& planner, const FW::FWPROFILE& profile) {
     using Policies = std::map<std::string, FW::FW_POLICY>;
-    Planner planner(mayHaveTunnel);
     planner.addBuiltInLines();
     // An adapter with a policy alone has a list too.
     std::map<std::string, const FW::FW_POLICY*> adapters;
@@ -270,6 +282,20 @@ Plan planProfile(const FW::FWPROFILE& profile, bool mayHaveTunnel) {
         planner.addAdapter(adapter, rules == profile.rules.end() ? none : rules->second, policy);
     }
     return {profile.name, planner.takeV4(), planner.takeV6()};
+}
+
+}  // namespace
+
+Plan planProfile(const FW::FWPROFILE& profile) {
+    return planProfile(profile, mayHaveTunnel());
+}
+
+Plan planProfile(const FW::FWPROFILE& profile, bool mayHaveTunnel) {
+    return planWith(Planner(mayHaveTunnel, Planner::Adapters::kPresent), profile);
+}
+
+Plan planOfAllAdapters(const FW::FWPROFILE& profile) {
+    return planWith(Planner(mayHaveTunnel(), Planner::Adapters::kAll), profile);
 }
 
 }  // namespace zamofw

@@ -1,0 +1,93 @@
+// Rules as boxes in the space of packets.
+//
+// A box is the product of one set per dimension. Each dimension is cut into classes of numbers that
+// lie in the same boxes' sets, so that a packet is seven small numbers, and the boxes that hold it
+// are the intersection of seven rows of bits.
+#ifndef COMMAND_ANALYSIS_BOXSPACE_H
+#define COMMAND_ANALYSIS_BOXSPACE_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "command/analysis/dimension.h"
+#include "command/analysis/model.h"
+
+namespace zamofw::analysis {
+
+enum Axis : std::size_t { kIn, kOut, kProtocol, kSource, kDestination, kSourcePort, kPort };
+constexpr std::size_t kAxes = 7;
+
+struct Box {
+    std::array<std::uint32_t, kAxes> sets = {};  // 0 is every number
+    bool isAllowed = false;
+    std::size_t rule = 0;  // whose box it is
+};
+
+using Cell = std::array<std::size_t, kAxes>;  // a class of each dimension
+using Region = std::array<Bits, kAxes>;       // classes of each dimension
+
+// The interfaces of a space, each a number: those that lines name, then all others. On the axis of
+// outgoing interfaces 0 is a packet for this machine, and the others are one higher.
+struct Interfaces {
+    std::vector<std::string> in;
+    std::vector<std::string> out;
+
+    static constexpr const char* kOther = "global";
+};
+[[nodiscard]] Interfaces interfacesFor(const std::set<std::string>& names);
+
+class BoxSpace {
+  public:
+    // A list of boxes in the order of evaluation.
+    struct List {
+        std::size_t begin = 0;
+        std::size_t end = 0;
+    };
+
+    // The boxes of all models, one list each. The models come from one reader.
+    BoxSpace(const std::vector<const FamilyModel*>& models, Interfaces interfaces);
+
+    [[nodiscard]] int family() const { return family_; }
+    [[nodiscard]] const Interfaces& interfaces() const { return interfaces_; }
+    [[nodiscard]] const std::vector<Box>& boxes() const { return boxes_; }
+    [[nodiscard]] const List& list(std::size_t model) const { return lists_[model]; }
+    [[nodiscard]] const Dimension& axis(std::size_t axis) const { return axes_[axis]; }
+    // By Box::rule. Rules of which no packet can be a match have no box.
+    [[nodiscard]] const std::vector<Origin>& rules() const { return rules_; }
+    [[nodiscard]] std::vector<std::size_t> boxesOf(std::size_t rule) const;
+
+    [[nodiscard]] Region everything() const;
+    [[nodiscard]] Region regionOf(const Box& box) const;
+    // None when they have nothing in common.
+    [[nodiscard]] std::optional<Region> intersection(const Box& one, const Box& other) const;
+
+    // Masks of boxes.
+    [[nodiscard]] BoxMask maskOf(List list) const;
+    [[nodiscard]] BoxMask boxesTouching(const Box& box) const;
+    void remove(std::size_t rule, BoxMask& mask) const;
+
+    // The first box of the mask that holds the cell.
+    [[nodiscard]] std::optional<std::size_t> firstAt(const Cell& cell, const BoxMask& mask) const;
+
+    // A cell of the region that no box of the mask holds.
+    [[nodiscard]] std::optional<Cell> uncovered(Region region, const BoxMask& mask) const;
+
+  private:
+    class Builder;
+
+    int family_;
+    Interfaces interfaces_;
+    std::vector<Box> boxes_;
+    std::vector<List> lists_;
+    std::vector<Origin> rules_;
+    std::vector<Dimension> axes_;
+};
+
+}  // namespace zamofw::analysis
+
+#endif

@@ -1,0 +1,72 @@
+// One dimension of packets, cut into classes that no line tells apart.
+#ifndef COMMAND_ANALYSIS_DIMENSION_H
+#define COMMAND_ANALYSIS_DIMENSION_H
+
+#include <boost/dynamic_bitset.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "command/analysis/model.h"
+
+namespace zamofw::analysis {
+
+using Word = std::uint64_t;
+using Bits = boost::dynamic_bitset<Word>;  // of classes
+
+// Boxes by index, in words, so that several such sets can be intersected in one pass.
+using BoxMask = std::vector<Word>;
+
+class Dimension {
+  public:
+    // `sets` are the sets that the boxes use, the first being null for every number; `setOfBox` has
+    // the index of each box's own. Examples are taken from the first of `preferred` that has any.
+    Dimension(Number last,
+              const std::vector<SetPointer>& sets,
+              const std::vector<std::uint32_t>& setOfBox,
+              const Intervals& preferred);
+
+    [[nodiscard]] std::size_t size() const { return classes_.size(); }
+
+    // The classes in a set.
+    [[nodiscard]] const Bits& classesIn(std::uint32_t set) const { return classesIn_[set]; }
+
+    // The boxes that a class is in. The classes are sorted so that the first is in the fewest: in
+    // none that names a set, if there is such a class.
+    [[nodiscard]] const Word* boxesAt(std::size_t index) const {
+        return boxesAt_.data() + index * words_;
+    }
+
+    // The boxes that have a number of the set.
+    [[nodiscard]] const BoxMask& boxesTouching(std::uint32_t set) const;
+
+    [[nodiscard]] std::size_t classOf(Number number) const;
+    [[nodiscard]] Number numberIn(std::size_t index) const { return classes_[index].example; }
+
+    // The numbers of some classes. Throws Failure when they are too many intervals to be listed.
+    [[nodiscard]] Intervals numbersIn(const Bits& classes) const;
+
+  private:
+    struct Class {
+        Intervals intervals;
+        std::vector<PatternTerm> terms;
+        Number example = 0;
+        Bits sets;  // that it is in
+    };
+    class Sweep;
+
+    void splitByPatterns(const std::vector<SetPointer>& sets);
+    void sortByWeight(const std::vector<std::uint32_t>& setOfBox, std::size_t setCount);
+    void fillRows(const std::vector<std::uint32_t>& setOfBox, std::size_t setCount);
+    void chooseExamples(const Intervals& preferred);
+
+    std::size_t words_;
+    std::vector<Class> classes_;
+    std::vector<Bits> classesIn_;
+    std::vector<Word> boxesAt_;
+    mutable std::vector<BoxMask> touching_;
+};
+
+}  // namespace zamofw::analysis
+
+#endif
