@@ -24,6 +24,8 @@ Answer check(CLI::App& app, const Words&) {
     const auto request = std::make_shared<CheckRequest>();
     addTarget(app, request->target);
     app.add_flag("--all", request->all, "every stored profile");
+    addOptional(app, "--client", request->client, "an address that must not be locked out");
+    addOptional(app, "--port", request->port, "the port that it must reach; 22");
     return [request](const Console& console) { return checkAnswer(console, *request); };
 }
 
@@ -61,7 +63,7 @@ Answer diff(CLI::App& app, const Words&) {
 Commands inspectionCommands() {
     return {
         {"check",
-         "[PROFILE] [--file FILE] [--all]",
+         "[PROFILE] [--file FILE] [--all] [--client ADDRESS [--port N]]",
          "what is wrong with a profile, and what looks wrong",
          check,
          nullptr},

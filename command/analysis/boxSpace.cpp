@@ -121,7 +121,8 @@ class BoxSpace::Builder {
         // In the order of the lines.
         std::map<const LineMatch*, std::pair<std::vector<Shape>, unsigned>> ordered;
         for (auto& [key, shapes] : merged) {
-            ordered[shapes.front().line] = {std::move(shapes), key.second};
+            const LineMatch* const first = shapes.front().line;
+            ordered.try_emplace(first, std::move(shapes), key.second);
         }
         const std::size_t rule = indexOf(*lines[begin].line);
         for (const auto& [line, entry] : ordered) {

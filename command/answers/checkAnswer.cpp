@@ -1,7 +1,12 @@
 #include "command/answers/checkAnswer.h"
 
+#include <algorithm>
+#include <iterator>
 #include <ostream>
+#include <tuple>
+#include <utility>
 
+#include "command/answers/meaningFindings.h"
 #include "command/answers/systemNames.h"
 #include "command/answers/table.h"
 #include "command/document/check.h"
@@ -39,14 +44,30 @@ void showProgress(const Console& console, const std::vector<Document>& documents
     }
 }
 
-Findings checkAll(const Console& console, const CheckContext& context) {
+// The faults of the text, and what its rules mean, in the order of the text.
+Findings checkDocument(const Document& document,
+                       const CheckContext& context,
+                       const std::optional<Client>& client) {
+    Findings findings = checkProfile(document, context);
+    Findings meaning = meaningFindings(document, client);
+    std::move(meaning.begin(), meaning.end(), std::back_inserter(findings));
+    std::stable_sort(
+        findings.begin(), findings.end(), [](const Finding& one, const Finding& other) {
+            return std::tie(one.line, one.column) < std::tie(other.line, other.column);
+        });
+    return findings;
+}
+
+Findings checkAll(const Console& console,
+                  const CheckContext& context,
+                  const std::optional<Client>& client) {
     const std::vector<Document> documents = storedDocuments();
     showProgress(console, documents);
     std::vector<const Document*> pointers;
     Findings findings;
     for (const Document& document : documents) {
         pointers.push_back(&document);
-        const Findings found = checkProfile(document, context);
+        const Findings found = checkDocument(document, context, client);
         findings.insert(findings.end(), found.begin(), found.end());
     }
     const Findings names = checkStoredNames(pointers);
@@ -61,9 +82,10 @@ Status checkAnswer(const Console& console, const CheckRequest& request) {
         wrongUse("--all and a profile contradict each other", "leave one of them out");
     }
     const CheckContext context = systemCheckContext();
-    const Findings findings = request.all
-                                  ? checkAll(console, context)
-                                  : checkProfile(readTarget(request.target).document, context);
+    const std::optional<Client> client = clientOf(request.client, request.port);
+    const Findings findings =
+        request.all ? checkAll(console, context, client)
+                    : checkDocument(readTarget(request.target).document, context, client);
     if (console.json) {
         console.out << findingsJson(findings) << "\n";
     } else {

@@ -1,6 +1,9 @@
-// `zamofw check [PROFILE] [--all]`
+// `zamofw check [PROFILE] [--all] [--client ADDRESS [--port N]]`
 #ifndef COMMAND_ANSWERS_CHECKANSWER_H
 #define COMMAND_ANSWERS_CHECKANSWER_H
+
+#include <optional>
+#include <string>
 
 #include "command/console.h"
 #include "command/document/target.h"
@@ -9,7 +12,9 @@ namespace zamofw {
 
 struct CheckRequest {
     TargetWords target;
-    bool all = false;  // every stored profile
+    bool all = false;                   // every stored profile
+    std::optional<std::string> client;  // that must not be locked out; else the SSH connection's
+    std::optional<std::string> port;    // which it must reach; else that of the connection, or 22
 };
 
 // {"ok":B,"findings":[...]}, or the findings as a compiler prints them. kNo when there is an error.

@@ -52,6 +52,14 @@ void FindingList::warning(std::size_t offset, const Location& where, Fault fault
     add(Severity::kWarning, offset, where, std::move(fault));
 }
 
+void FindingList::shadowed(std::size_t offset,
+                           const Location& where,
+                           Fault fault,
+                           std::vector<FindingPlace> by) {
+    add(Severity::kWarning, offset, where, std::move(fault));
+    found_.back().second.by = std::move(by);
+}
+
 void FindingList::add(Severity severity, std::size_t offset, const Location& where, Fault fault) {
     Finding finding;
     finding.severity = severity;

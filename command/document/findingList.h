@@ -31,6 +31,12 @@ class FindingList {
     void error(std::size_t offset, const Location& where, Fault fault);
     void warning(std::size_t offset, const Location& where, Fault fault);
 
+    // A rule that no packet reaches, because of `by`.
+    void shadowed(std::size_t offset,
+                  const Location& where,
+                  Fault fault,
+                  std::vector<FindingPlace> by);
+
     // The suggestion for a word, from the candidates that `what` stands for. Kept, since a slip is
     // often in every rule of a file, and the search costs more than the rest of the check.
     const std::string& suggestionFor(const std::string& what,

@@ -8,6 +8,8 @@
 namespace zamofw {
 namespace {
 
+constexpr const char* kShadowed = "shadowed";
+
 const char* wordOf(Severity severity) {
     return severity == Severity::kError ? "error" : "warning";
 }
@@ -22,6 +24,16 @@ Json::Value toJson(const Finding& finding) {
     json["path"] = finding.path;
     json["message"] = finding.message;
     json["remedy"] = finding.remedy;
+    if (finding.kind == kShadowed) {
+        json["by"] = Json::arrayValue;
+        for (const FindingPlace& place : finding.by) {
+            Json::Value entry;
+            entry["adapter"] = place.adapter;
+            entry["position"] =
+                place.position ? Json::Value(Json::UInt64{*place.position}) : Json::Value();
+            json["by"].append(entry);
+        }
+    }
     return json;
 }
 
