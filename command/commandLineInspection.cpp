@@ -3,6 +3,7 @@
 #include "command/answers/checkAnswer.h"
 #include "command/answers/diffAnswer.h"
 #include "command/answers/explainAnswer.h"
+#include "command/answers/matrixAnswer.h"
 #include "command/answers/planAnswer.h"
 #include "command/answers/systemNames.h"
 #include "command/commandLineOptions.h"
@@ -45,6 +46,14 @@ Answer explain(CLI::App& app, const Words&) {
     return [request](const Console& console) { return explainAnswer(console, *request); };
 }
 
+Answer matrix(CLI::App& app, const Words&) {
+    const auto request = std::make_shared<MatrixRequest>();
+    addTarget(app, request->target);
+    addOptional(app, "--in", request->in, "one interface; all that rules name, and all others");
+    addOptional(app, "--to", request->to, "the destination; one that no rule names when not said");
+    return [request](const Console& console) { return matrixAnswer(console, *request); };
+}
+
 Answer diff(CLI::App& app, const Words&) {
     const auto request = std::make_shared<DiffRequest>();
     app.add_option("PROFILE", request->profiles)->expected(0, 2);
@@ -77,6 +86,11 @@ Commands inspectionCommands() {
          "ADDRESS] [--family 4|6] [--port N] [--source-port N] [--state new|established]",
          "what happens to a packet, and why",
          explain,
+         nullptr},
+        {"matrix",
+         "[PROFILE] [--file FILE] [--in INTERFACE] [--to ADDRESS]",
+         "which sources may reach what",
+         matrix,
          nullptr},
         {"diff", "[A] [B] [--file FILE]", "what differs between two profiles", diff, nullptr},
     };

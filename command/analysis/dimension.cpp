@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <random>
 #include <unordered_map>
 #include <utility>
@@ -27,6 +28,45 @@ std::optional<Number> firstPart(const Intervals& intervals, const std::vector<Pa
         }
     }
     return found;
+}
+
+// Whether the lists differ in one term alone, which one of them wants and the other does not.
+// Then the term can be left out of their union.
+bool leaveOutOpposite(std::vector<PatternTerm>& one, const std::vector<PatternTerm>& other) {
+    if (one.size() != other.size()) {
+        return false;
+    }
+    std::size_t opposite = one.size();
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        if (one[i].pattern.value != other[i].pattern.value ||
+            one[i].pattern.mask != other[i].pattern.mask) {
+            return false;
+        }
+        if (one[i].isWanted != other[i].isWanted) {
+            if (opposite != one.size()) {
+                return false;
+            }
+            opposite = i;
+        }
+    }
+    if (opposite == one.size()) {
+        return false;
+    }
+    one.erase(one.begin() + static_cast<std::ptrdiff_t>(opposite));
+    return true;
+}
+
+// Joins lists of which the union can be said with fewer terms.
+void joinTerms(std::vector<std::vector<PatternTerm>>& lists) {
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            if (leaveOutOpposite(lists[j], lists[i])) {
+                lists.erase(lists.begin() + static_cast<std::ptrdiff_t>(i));
+                joinTerms(lists);
+                return;
+            }
+        }
+    }
 }
 
 }  // namespace
@@ -108,6 +148,9 @@ Dimension::Dimension(Number last,
 }
 
 void Dimension::splitByPatterns(const std::vector<SetPointer>& sets) {
+    for (std::size_t i = 0; i < classes_.size(); ++i) {
+        classes_[i].base = i;
+    }
     for (std::uint32_t set = 1; set < sets.size(); ++set) {
         if (!sets[set]->pattern) {
             continue;
@@ -221,12 +264,32 @@ std::size_t Dimension::classOf(Number number) const {
 
 Intervals Dimension::numbersIn(const Bits& classes) const {
     Intervals numbers;
+    std::map<std::size_t, std::vector<std::size_t>> cut;  // by what they were cut out of
     for (auto i = classes.find_first(); i != Bits::npos; i = classes.find_next(i)) {
         const Class& entry = classes_[i];
-        for (const Interval& interval : entry.intervals) {
-            const bool isListed = forEachPart(interval, entry.terms, [&](const Interval& part) {
+        if (entry.terms.empty()) {
+            numbers.insert(numbers.end(), entry.intervals.begin(), entry.intervals.end());
+        } else {
+            cut[entry.base].push_back(i);
+        }
+    }
+    for (const auto& [base, parts] : cut) {
+        appendParts(parts, numbers);
+    }
+    return normalized(std::move(numbers));
+}
+
+void Dimension::appendParts(const std::vector<std::size_t>& parts, Intervals& numbers) const {
+    std::vector<std::vector<PatternTerm>> lists;
+    for (const std::size_t part : parts) {
+        lists.push_back(classes_[part].terms);
+    }
+    joinTerms(lists);
+    for (const std::vector<PatternTerm>& terms : lists) {
+        for (const Interval& interval : classes_[parts.front()].intervals) {
+            const bool isListed = forEachPart(interval, terms, [&](const Interval& part) {
                 numbers.push_back(part);
-                return entry.terms.empty() || numbers.size() < kMostListed;
+                return terms.empty() || numbers.size() < kMostListed;
             });
             if (!isListed) {
                 failed(
@@ -237,7 +300,6 @@ Intervals Dimension::numbersIn(const Bits& classes) const {
             }
         }
     }
-    return normalized(std::move(numbers));
 }
 
 }  // namespace zamofw::analysis

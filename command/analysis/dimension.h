@@ -51,7 +51,8 @@ class Dimension {
         Intervals intervals;
         std::vector<PatternTerm> terms;
         Number example = 0;
-        Bits sets;  // that it is in
+        Bits sets;             // that it is in
+        std::size_t base = 0;  // the same for classes that patterns cut out of one
     };
     class Sweep;
 
@@ -59,6 +60,7 @@ class Dimension {
     void sortByWeight(const std::vector<std::uint32_t>& setOfBox, std::size_t setCount);
     void fillRows(const std::vector<std::uint32_t>& setOfBox, std::size_t setCount);
     void chooseExamples(const Intervals& preferred);
+    void appendParts(const std::vector<std::size_t>& parts, Intervals& numbers) const;
 
     std::size_t words_;
     std::vector<Class> classes_;
