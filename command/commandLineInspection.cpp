@@ -4,6 +4,7 @@
 #include "command/answers/diffAnswer.h"
 #include "command/answers/explainAnswer.h"
 #include "command/answers/matrixAnswer.h"
+#include "command/answers/meaningAnswer.h"
 #include "command/answers/planAnswer.h"
 #include "command/answers/systemNames.h"
 #include "command/commandLineOptions.h"
@@ -59,7 +60,11 @@ Answer diff(CLI::App& app, const Words&) {
     app.add_option("PROFILE", request->profiles)->expected(0, 2);
     app.add_option("--file", request->files, "a document that is not stored; - is standard input")
         ->allow_extra_args(false);
+    app.add_flag("--meaning", request->isAboutMeaning, "the packets whose verdict changes");
     return [request](const Console& console) {
+        if (request->isAboutMeaning) {
+            return meaningAnswer(console, *request);
+        }
         request->wordsOf = [vocabulary = systemVocabulary()](const FW::FWRULE& rule) {
             return wordsOfRule(rule, vocabulary);
         };
@@ -92,7 +97,11 @@ Commands inspectionCommands() {
          "which sources may reach what",
          matrix,
          nullptr},
-        {"diff", "[A] [B] [--file FILE]", "what differs between two profiles", diff, nullptr},
+        {"diff",
+         "[A] [B] [--file FILE] [--meaning]",
+         "what differs between two profiles",
+         diff,
+         nullptr},
     };
 }
 

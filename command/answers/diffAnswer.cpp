@@ -55,9 +55,9 @@ std::vector<TargetWords> targetsOf(const DiffRequest& request) {
     return targets;
 }
 
-Side readSide(const TargetWords& words) {
+Side readSide(Target target) {
     Side side;
-    side.target = readTarget(words);
+    side.target = std::move(target);
     side.profile = profileOf(side.target);
     try {
         side.plan = planProfile(side.profile);
@@ -238,10 +238,18 @@ std::string colored(const std::string& text) {
 
 }  // namespace
 
+std::vector<Target> diffTargets(const DiffRequest& request) {
+    std::vector<Target> targets;
+    for (const TargetWords& words : targetsOf(request)) {
+        targets.push_back(readTarget(words));
+    }
+    return targets;
+}
+
 Status diffAnswer(const Console& console, const DiffRequest& request) {
-    const std::vector<TargetWords> targets = targetsOf(request);
-    const Side a = readSide(targets[0]);
-    const Side b = readSide(targets[1]);
+    std::vector<Target> targets = diffTargets(request);
+    const Side a = readSide(std::move(targets[0]));
+    const Side b = readSide(std::move(targets[1]));
     const Comparison comparison(a, b, request);
     if (console.json) {
         console.out << jsonLine(comparison.json()) << "\n";

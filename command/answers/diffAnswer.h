@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "command/console.h"
+#include "command/document/target.h"
 #include "zamofirewall/ruleModel.h"
 
 namespace zamofw {
@@ -17,9 +18,13 @@ namespace zamofw {
 struct DiffRequest {
     std::vector<std::string> profiles;
     std::vector<std::string> files;
+    bool isAboutMeaning = false;  // the packets whose verdict changes, instead of rules and lines
     // The words that say a rule on this machine; none when no words can. Then it is shown as JSON.
     std::function<std::optional<std::vector<std::string>>(const FW::FWRULE&)> wordsOf;
 };
+
+// The two profiles. Throws Failure as readTarget() does.
+[[nodiscard]] std::vector<Target> diffTargets(const DiffRequest& request);
 
 // Shows the rules, default policies and lines that differ, as a unified diff, or as
 //   {"same":B,"removed":[LINE],"added":[LINE],"rules":{"removed":[RULE],"added":[RULE]},

@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "command/analysis/boxSpace.h"
 #include "command/console.h"
 #include "command/words/quoting.h"
 #include "command/words/values.h"
@@ -153,6 +154,23 @@ Json::Value portsJson(const Intervals& ports) {
         pair.append(plain(interval.last));
     }
     return list;
+}
+
+Json::Value packetJson(const analysis::Packet& packet, const std::string& protocol) {
+    const bool isForwarded = packet.hook == analysis::Hook::kForward;
+    Json::Value json;
+    json["hook"] = hookName(packet.hook);
+    json["in"] = packet.in.value_or(analysis::Interfaces::kOther);
+    json["out"] = isForwarded ? Json::Value(packet.out.value_or(analysis::Interfaces::kOther))
+                              : Json::Value();
+    json["source"] = analysis::addressText(packet.source, packet.family);
+    json["destination"] = analysis::addressText(packet.destination, packet.family);
+    json["protocol"] = protocol;
+    if (analysis::hasPorts(packet.protocol)) {
+        json["source_port"] = plain(packet.sourcePort);
+        json["port"] = plain(packet.port);
+    }
+    return json;
 }
 
 std::string addressesText(const Intervals& addresses, int family) {

@@ -49,6 +49,9 @@ void requireKnown(const Meaning& meaning);
 [[nodiscard]] Json::Value addressesJson(const analysis::Intervals& addresses, int family);
 [[nodiscard]] Json::Value portsJson(const analysis::Intervals& ports);
 
+// A packet as witness: {"source":A,"destination":A,"protocol":S,"source_port":N,"port":N,...}
+[[nodiscard]] Json::Value packetJson(const analysis::Packet& packet, const std::string& protocol);
+
 // "10.0.0.0-10.255.255.255, 192.168.1.5", cut after some of them
 [[nodiscard]] std::string addressesText(const analysis::Intervals& addresses, int family);
 [[nodiscard]] std::string portsText(const analysis::Intervals& ports);
