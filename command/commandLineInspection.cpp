@@ -1,5 +1,6 @@
 // The words of the commands that look at profiles.
 
+#include "command/answers/assertAnswer.h"
 #include "command/answers/checkAnswer.h"
 #include "command/answers/diffAnswer.h"
 #include "command/answers/explainAnswer.h"
@@ -72,6 +73,13 @@ Answer diff(CLI::App& app, const Words&) {
     };
 }
 
+Answer assertIntents(CLI::App& app, const Words&) {
+    const auto request = std::make_shared<AssertRequest>();
+    addOperand(app, "FILE", request->file);
+    addTarget(app, request->target);
+    return [request](const Console& console) { return assertAnswer(console, *request); };
+}
+
 }  // namespace
 
 Commands inspectionCommands() {
@@ -101,6 +109,11 @@ Commands inspectionCommands() {
          "[A] [B] [--file FILE] [--meaning]",
          "what differs between two profiles",
          diff,
+         nullptr},
+        {"assert",
+         "FILE [PROFILE] [--file FILE]",
+         "whether intents hold for every packet",
+         assertIntents,
          nullptr},
     };
 }

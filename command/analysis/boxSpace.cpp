@@ -10,7 +10,6 @@ namespace zamofw::analysis {
 namespace {
 
 constexpr const char* kLoopback = "lo";
-constexpr std::size_t kWordBits = 64;
 constexpr Number kForThisMachine = 0;
 
 SetPointer setOf(Intervals intervals) {
@@ -274,11 +273,10 @@ Region BoxSpace::regionOf(const Box& box) const {
     return region;
 }
 
-std::optional<Region> BoxSpace::intersection(const Box& one, const Box& other) const {
-    Region region = regionOf(one);
+std::optional<Region> BoxSpace::intersection(Region region, const Box& box) const {
     for (std::size_t axis = 0; axis < kAxes; ++axis) {
-        if (other.sets[axis] != 0) {
-            region[axis] &= axes_[axis].classesIn(other.sets[axis]);
+        if (box.sets[axis] != 0) {
+            region[axis] &= axes_[axis].classesIn(box.sets[axis]);
         }
         if (region[axis].none()) {
             return std::nullopt;

@@ -64,7 +64,7 @@ class BoxSpace {
     [[nodiscard]] Region everything() const;
     [[nodiscard]] Region regionOf(const Box& box) const;
     // None when they have nothing in common.
-    [[nodiscard]] std::optional<Region> intersection(const Box& one, const Box& other) const;
+    [[nodiscard]] std::optional<Region> intersection(Region region, const Box& box) const;
 
     // Masks of boxes.
     [[nodiscard]] BoxMask maskOf(List list) const;

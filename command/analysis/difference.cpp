@@ -19,7 +19,6 @@
 namespace zamofw::analysis {
 namespace {
 
-constexpr std::size_t kWordBits = 64;
 constexpr std::size_t kFreeAxes = 4;
 constexpr std::array<Axis, kFreeAxes> kFree = {kSource, kDestination, kSourcePort, kPort};
 

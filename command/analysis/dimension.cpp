@@ -12,7 +12,6 @@
 namespace zamofw::analysis {
 namespace {
 
-constexpr std::size_t kWordBits = 64;
 // Of the parts of patterns. Countries have fewer, and so has every list that a person can use.
 constexpr std::size_t kMostListed = 1'000'000;
 

@@ -12,6 +12,7 @@
 namespace zamofw::analysis {
 
 using Word = std::uint64_t;
+constexpr std::size_t kWordBits = 64;
 using Bits = boost::dynamic_bitset<Word>;  // of classes
 
 // Boxes by index, in words, so that several such sets can be intersected in one pass.

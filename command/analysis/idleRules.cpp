@@ -12,8 +12,6 @@
 namespace zamofw::analysis {
 namespace {
 
-constexpr std::size_t kWordBits = 64;
-
 using RuleKey = std::pair<std::string, std::size_t>;  // adapter and position
 
 // The boxes of the mask up to a given one.
@@ -104,7 +102,7 @@ class FamilyJudge {
     // Whether a packet of `box` is the first time held by `other`.
     [[nodiscard]] bool takes(std::size_t box, std::size_t other, const BoxMask& mask) const {
         std::optional<Region> common =
-            space_.intersection(space_.boxes()[box], space_.boxes()[other]);
+            space_.intersection(space_.regionOf(space_.boxes()[box]), space_.boxes()[other]);
         return common && space_.uncovered(std::move(*common), before(other, mask)).has_value();
     }
 

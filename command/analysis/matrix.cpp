@@ -13,7 +13,6 @@
 namespace zamofw::analysis {
 namespace {
 
-constexpr std::size_t kWordBits = 64;
 constexpr std::size_t kNoBox = std::numeric_limits<std::size_t>::max();
 
 std::vector<std::size_t> boxesIn(const BoxMask& mask) {

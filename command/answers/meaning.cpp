@@ -157,12 +157,7 @@ Json::Value portsJson(const Intervals& ports) {
 }
 
 Json::Value packetJson(const analysis::Packet& packet, const std::string& protocol) {
-    const bool isForwarded = packet.hook == analysis::Hook::kForward;
     Json::Value json;
-    json["hook"] = hookName(packet.hook);
-    json["in"] = packet.in.value_or(analysis::Interfaces::kOther);
-    json["out"] = isForwarded ? Json::Value(packet.out.value_or(analysis::Interfaces::kOther))
-                              : Json::Value();
     json["source"] = analysis::addressText(packet.source, packet.family);
     json["destination"] = analysis::addressText(packet.destination, packet.family);
     json["protocol"] = protocol;
@@ -170,6 +165,16 @@ Json::Value packetJson(const analysis::Packet& packet, const std::string& protoc
         json["source_port"] = plain(packet.sourcePort);
         json["port"] = plain(packet.port);
     }
+    return json;
+}
+
+Json::Value placedPacketJson(const analysis::Packet& packet, const std::string& protocol) {
+    const bool isForwarded = packet.hook == analysis::Hook::kForward;
+    Json::Value json = packetJson(packet, protocol);
+    json["hook"] = hookName(packet.hook);
+    json["in"] = packet.in.value_or(analysis::Interfaces::kOther);
+    json["out"] = isForwarded ? Json::Value(packet.out.value_or(analysis::Interfaces::kOther))
+                              : Json::Value();
     return json;
 }
 

@@ -49,8 +49,12 @@ void requireKnown(const Meaning& meaning);
 [[nodiscard]] Json::Value addressesJson(const analysis::Intervals& addresses, int family);
 [[nodiscard]] Json::Value portsJson(const analysis::Intervals& ports);
 
-// A packet as witness: {"source":A,"destination":A,"protocol":S,"source_port":N,"port":N,...}
+// A packet as witness: {"source":A,"destination":A,"protocol":S,"source_port":N,"port":N}
 [[nodiscard]] Json::Value packetJson(const analysis::Packet& packet, const std::string& protocol);
+
+// The same with "hook", "in" and "out", null for a packet that is not forwarded.
+[[nodiscard]] Json::Value placedPacketJson(const analysis::Packet& packet,
+                                           const std::string& protocol);
 
 // "10.0.0.0-10.255.255.255, 192.168.1.5", cut after some of them
 [[nodiscard]] std::string addressesText(const analysis::Intervals& addresses, int family);
