@@ -18,9 +18,9 @@ namespace zamofw {
 struct DiffRequest {
     std::vector<std::string> profiles;
     std::vector<std::string> files;
-    bool isAboutMeaning = false;  // the packets whose verdict changes, instead of rules and lines
     // The words that say a rule on this machine; none when no words can. Then it is shown as JSON.
     std::function<std::optional<std::vector<std::string>>(const FW::FWRULE&)> wordsOf;
+    bool isAboutMeaning = false;  // the packets whose verdict changes, instead of rules and lines
 };
 
 // The two profiles. Throws Failure as readTarget() does.
