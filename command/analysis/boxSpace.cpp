@@ -294,30 +294,33 @@ BoxMask BoxSpace::maskOf(List list) const {
 }
 
 BoxMask BoxSpace::boxesTouching(const Box& box) const {
-    BoxMask mask = maskOf({0, boxes_.size()});
+    BoxMask mask((boxes_.size() + kWordBits - 1) / kWordBits, ~Word{0});
     for (std::size_t axis = 0; axis < kAxes; ++axis) {
-        if (box.sets[axis] != 0) {
-            const BoxMask& touching = axes_[axis].boxesTouching(box.sets[axis]);
-            for (std::size_t word = 0; word < mask.size(); ++word) {
-                mask[word] &= touching[word];
-            }
+        const BoxMask& touching = axes_[axis].boxesTouching(box.sets[axis]);
+        for (std::size_t word = 0; word < mask.size(); ++word) {
+            mask[word] &= touching[word];
         }
     }
     return mask;
 }
 
-std::optional<std::size_t> BoxSpace::firstAt(const Cell& cell, const BoxMask& mask) const {
+std::optional<std::size_t> BoxSpace::firstAt(const Cell& cell,
+                                             const BoxMask& mask,
+                                             std::size_t end) const {
     std::array<const Word*, kAxes> rows;
     for (std::size_t axis = 0; axis < kAxes; ++axis) {
         rows[axis] = axes_[axis].boxesAt(cell[axis]);
     }
-    for (std::size_t word = 0; word < mask.size(); ++word) {
+    const std::size_t words = end == kNoEnd ? mask.size() : end / kWordBits + 1;
+    for (std::size_t word = 0; word < std::min(words, mask.size()); ++word) {
         Word hits = mask[word];
         for (const Word* const row : rows) {
             hits &= row[word];
         }
         if (hits != 0) {
-            return word * kWordBits + static_cast<std::size_t>(__builtin_ctzll(hits));
+            const std::size_t box =
+                word * kWordBits + static_cast<std::size_t>(__builtin_ctzll(hits));
+            return box < end ? std::optional(box) : std::nullopt;
         }
     }
     return std::nullopt;
@@ -327,7 +330,7 @@ std::optional<std::size_t> BoxSpace::firstAt(const Cell& cell, const BoxMask& ma
 // dimension only, what is left is a region again; else it is two, of which the first is tried
 // first. The cell that is looked at is one of the least covered, so that a rule that any packet
 // reaches is mostly settled at the first look.
-std::optional<Cell> BoxSpace::uncovered(Region region, const BoxMask& mask) const {
+std::optional<Cell> BoxSpace::uncovered(Region region, const BoxMask& mask, std::size_t end) const {
     for (;;) {
         Cell cell;
         for (std::size_t axis = 0; axis < kAxes; ++axis) {
@@ -336,23 +339,22 @@ std::optional<Cell> BoxSpace::uncovered(Region region, const BoxMask& mask) cons
                 return std::nullopt;
             }
         }
-        const std::optional<std::size_t> covering = firstAt(cell, mask);
+        const std::optional<std::size_t> covering = firstAt(cell, mask, end);
         if (!covering) {
             return cell;
         }
         std::size_t cuts = 0;
         std::size_t cutAxis = 0;
-        std::size_t mostOutside = 0;
+        double smallestShare = 2;
         const Box& box = boxes_[*covering];
         for (std::size_t axis = 0; axis < kAxes; ++axis) {
-            if (box.sets[axis] == 0) {
+            const std::uint32_t set = box.sets[axis];
+            if (set == 0 || region[axis].is_subset_of(axes_[axis].classesIn(set))) {
                 continue;
             }
-            const std::size_t outside =
-                (region[axis] - axes_[axis].classesIn(box.sets[axis])).count();
-            cuts += outside > 0 ? 1 : 0;
-            if (outside > mostOutside) {
-                mostOutside = outside;
+            ++cuts;
+            if (axes_[axis].shareOf(set) < smallestShare) {
+                smallestShare = axes_[axis].shareOf(set);
                 cutAxis = axis;
             }
         }
@@ -366,11 +368,48 @@ std::optional<Cell> BoxSpace::uncovered(Region region, const BoxMask& mask) cons
         }
         Region rest = region;
         rest[cutAxis] -= inside;
-        if (std::optional<Cell> found = uncovered(std::move(rest), mask)) {
+        if (std::optional<Cell> found = uncovered(std::move(rest), mask, end)) {
             return found;
         }
         region[cutAxis] &= inside;
     }
+}
+
+// Mostly the first cell settles it, and no region needs to be made.
+std::optional<Cell> BoxSpace::uncovered(const Box& one,
+                                        const Box& other,
+                                        const BoxMask& mask,
+                                        std::size_t end) const {
+    const std::optional<Cell> first = firstCommonCell(one, other);
+    if (!first || !firstAt(*first, mask, end)) {
+        return first;
+    }
+    std::optional<Region> common = intersection(regionOf(one), other);
+    return common ? uncovered(std::move(*common), mask, end) : std::nullopt;
+}
+
+std::optional<Cell> BoxSpace::firstCommonCell(const Box& one, const Box& other) const {
+    Cell cell;
+    for (std::size_t axis = 0; axis < kAxes; ++axis) {
+        // Goes through the smaller set.
+        const Dimension& dimension = axes_[axis];
+        const auto sets =
+            std::minmax(one.sets[axis],
+                        other.sets[axis],
+                        [&dimension](std::uint32_t first, std::uint32_t second) {
+                            return dimension.shareOf(first) < dimension.shareOf(second);
+                        });
+        const Bits& classes = dimension.classesIn(sets.first);
+        const Bits& others = dimension.classesIn(sets.second);
+        cell[axis] = classes.find_first();
+        while (cell[axis] != Bits::npos && !others[cell[axis]]) {
+            cell[axis] = classes.find_next(cell[axis]);
+        }
+        if (cell[axis] == Bits::npos) {
+            return std::nullopt;
+        }
+    }
+    return cell;
 }
 
 }  // namespace zamofw::analysis

@@ -71,14 +71,28 @@ class BoxSpace {
     [[nodiscard]] BoxMask boxesTouching(const Box& box) const;
     void remove(std::size_t rule, BoxMask& mask) const;
 
-    // The first box of the mask that holds the cell.
-    [[nodiscard]] std::optional<std::size_t> firstAt(const Cell& cell, const BoxMask& mask) const;
+    static constexpr std::size_t kNoEnd = static_cast<std::size_t>(-1);
 
-    // A cell of the region that no box of the mask holds.
-    [[nodiscard]] std::optional<Cell> uncovered(Region region, const BoxMask& mask) const;
+    // The first box of the mask, before the box `end`, that holds the cell.
+    [[nodiscard]] std::optional<std::size_t> firstAt(const Cell& cell,
+                                                     const BoxMask& mask,
+                                                     std::size_t end = kNoEnd) const;
+
+    // A cell of the region that no box of the mask holds, of those before the box `end`.
+    [[nodiscard]] std::optional<Cell> uncovered(Region region,
+                                                const BoxMask& mask,
+                                                std::size_t end = kNoEnd) const;
+
+    // The same for what two boxes have in common.
+    [[nodiscard]] std::optional<Cell> uncovered(const Box& one,
+                                                const Box& other,
+                                                const BoxMask& mask,
+                                                std::size_t end = kNoEnd) const;
 
   private:
     class Builder;
+
+    [[nodiscard]] std::optional<Cell> firstCommonCell(const Box& one, const Box& other) const;
 
     int family_;
     Interfaces interfaces_;

@@ -1,7 +1,7 @@
 // Two lists of rules can differ in their verdicts only where a rule holds that is in one of them
 // alone. So each step cuts the region down to those rules, drops what has no part in it, and then
-// splits the dimension with the fewest classes that the rest tells apart. Where the lists have
-// become the same, nothing is looked at any more.
+// splits the dimension on which the rest has the fewest sets. Pieces that are left with the same
+// rules go on as one, and where the lists have become the same, nothing is looked at any more.
 
 #include "command/analysis/difference.h"
 
@@ -10,7 +10,6 @@
 #include <map>
 #include <set>
 #include <tuple>
-#include <unordered_map>
 #include <utility>
 
 #include "command/analysis/matrix.h"
@@ -30,11 +29,37 @@ struct Difference {
     bool isAllowedAfter;
 };
 
+// A box, and on which dimensions it holds only some of the part that is looked at.
+struct Entry {
+    std::size_t box;
+    unsigned cuts;  // bits by dimension
+};
+bool operator<(const Entry& one, const Entry& other) {
+    return one.box < other.box;
+}
+
 // A list of boxes, and the verdict where none of them holds.
 struct Verdicts {
-    std::vector<std::size_t> boxes;
+    std::vector<Entry> boxes;
     bool isAllowedAtEnd = true;
 };
+
+// What is left to be compared.
+struct State {
+    Part part;
+    Verdicts before;
+    Verdicts after;
+};
+bool operator<(const State& one, const State& other) {
+    const auto key = [](const State& state) {
+        return std::tie(state.before.isAllowedAtEnd,
+                        state.after.isAllowedAtEnd,
+                        state.before.boxes,
+                        state.after.boxes,
+                        state.part);
+    };
+    return key(one) < key(other);
+}
 
 // Compares the two lists of a space.
 class Comparison {
@@ -54,23 +79,34 @@ class Comparison {
 
     // The differences among the boxes of a mask.
     [[nodiscard]] std::vector<Difference> compare(const BoxMask& mask) const {
-        Part everything;
+        State state;
         for (std::size_t i = 0; i < kFreeAxes; ++i) {
-            everything[i] = space_.axis(kFree[i]).classesIn(0);
+            state.part[i] = space_.axis(kFree[i]).classesIn(0);
         }
-        return compare(std::move(everything),
-                       {boxesIn(mask, space_.list(0)), true},
-                       {boxesIn(mask, space_.list(1)), true});
+        state.before.boxes = boxesIn(mask, space_.list(0));
+        state.after.boxes = boxesIn(mask, space_.list(1));
+        trim(state.part, state.before);
+        trim(state.part, state.after);
+        std::vector<Difference> found;
+        if (settle(state)) {
+            compare(state, found);
+        }
+        return found;
     }
 
   private:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-    static std::vector<std::size_t> boxesIn(const BoxMask& mask, const BoxSpace::List& list) {
-        std::vector<std::size_t> boxes;
+    [[nodiscard]] std::vector<Entry> boxesIn(const BoxMask& mask,
+                                             const BoxSpace::List& list) const {
+        std::vector<Entry> boxes;
         for (std::size_t box = list.begin; box < list.end; ++box) {
             if ((mask[box / kWordBits] >> box % kWordBits & 1) != 0) {
-                boxes.push_back(box);
+                unsigned cuts = 0;
+                for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
+                    cuts |= space_.boxes()[box].sets[kFree[axis]] != 0 ? 1U << axis : 0U;
+                }
+                boxes.push_back({box, cuts});
             }
         }
         return boxes;
@@ -92,52 +128,82 @@ class Comparison {
     [[nodiscard]] const Bits& classesOf(std::size_t box, std::size_t axis) const {
         return space_.axis(kFree[axis]).classesIn(space_.boxes()[box].sets[kFree[axis]]);
     }
-    [[nodiscard]] bool isEvery(std::size_t box, std::size_t axis) const {
-        return space_.boxes()[box].sets[kFree[axis]] == 0;
+    // Appends a box that holds some of the part. False when it holds all of it, so that nothing
+    // comes after it.
+    bool keep(const Entry& entry, Verdicts& verdicts) const {
+        if (entry.cuts == 0) {
+            verdicts.isAllowedAtEnd = space_.boxes()[entry.box].isAllowed;
+            return false;
+        }
+        verdicts.boxes.push_back(entry);
+        return true;
     }
 
-    // Keeps the boxes that have a share in the part, up to the first that holds all of it, less
-    // those at the end that say what the end says.
+    // Drops the boxes at the end that say what the end says.
+    void dropTail(Verdicts& verdicts) const {
+        while (!verdicts.boxes.empty() &&
+               space_.boxes()[verdicts.boxes.back().box].isAllowed == verdicts.isAllowedAtEnd) {
+            verdicts.boxes.pop_back();
+        }
+    }
+
+    // Keeps the boxes that have a share in the part.
     void trim(const Part& part, Verdicts& verdicts) const {
-        std::vector<std::size_t> kept;
-        for (const std::size_t box : verdicts.boxes) {
-            bool isWhole = true;
+        const std::vector<Entry> all = std::move(verdicts.boxes);
+        verdicts.boxes.clear();
+        for (Entry entry : all) {
             bool isApart = false;
             for (std::size_t axis = 0; axis < kFreeAxes && !isApart; ++axis) {
-                if (!isEvery(box, axis)) {
-                    const Bits& classes = classesOf(box, axis);
+                if ((entry.cuts >> axis & 1) != 0) {
+                    const Bits& classes = classesOf(entry.box, axis);
                     isApart = !part[axis].intersects(classes);
-                    isWhole = isWhole && !isApart && part[axis].is_subset_of(classes);
+                    if (!isApart && part[axis].is_subset_of(classes)) {
+                        entry.cuts &= ~(1U << axis);
+                    }
                 }
             }
-            if (isApart) {
-                continue;
-            }
-            if (isWhole) {
-                verdicts.isAllowedAtEnd = space_.boxes()[box].isAllowed;
+            if (!isApart && !keep(entry, verdicts)) {
                 break;
             }
-            kept.push_back(box);
         }
-        while (!kept.empty() && space_.boxes()[kept.back()].isAllowed == verdicts.isAllowedAtEnd) {
-            kept.pop_back();
+        dropTail(verdicts);
+    }
+
+    // The list where a group of classes of the axis is all there is: each box holds all of them, or
+    // none.
+    [[nodiscard]] Verdicts within(const Verdicts& verdicts,
+                                  std::size_t axis,
+                                  const Bits& group) const {
+        const std::size_t any = group.find_first();
+        Verdicts kept = {{}, verdicts.isAllowedAtEnd};
+        for (Entry entry : verdicts.boxes) {
+            if ((entry.cuts >> axis & 1) != 0) {
+                if (!classesOf(entry.box, axis)[any]) {
+                    continue;
+                }
+                entry.cuts &= ~(1U << axis);
+            }
+            if (!keep(entry, kept)) {
+                break;
+            }
         }
-        verdicts.boxes = std::move(kept);
+        dropTail(kept);
+        return kept;
     }
 
     // The boxes that only one of the lists has.
-    [[nodiscard]] std::vector<std::size_t> changedBoxes(const Verdicts& before,
-                                                        const Verdicts& after) const {
+    [[nodiscard]] std::vector<std::size_t> changedBoxes(const State& state) const {
         std::vector<std::size_t> changed;
         const auto collect = [&](const Verdicts& own, const Verdicts& others) {
-            for (const std::size_t box : own.boxes) {
-                if (!std::binary_search(others.boxes.begin(), others.boxes.end(), twin_[box])) {
-                    changed.push_back(box);
+            for (const Entry& entry : own.boxes) {
+                const Entry twin = {twin_[entry.box], 0};
+                if (!std::binary_search(others.boxes.begin(), others.boxes.end(), twin)) {
+                    changed.push_back(entry.box);
                 }
             }
         };
-        collect(before, after);
-        collect(after, before);
+        collect(state.before, state.after);
+        collect(state.after, state.before);
         return changed;
     }
 
@@ -149,89 +215,108 @@ class Comparison {
             for (const std::size_t box : changed) {
                 hull |= classesOf(box, axis);
             }
-            hull &= part[axis];
-            isCut = isCut || hull != part[axis];
-            part[axis] = std::move(hull);
+            if (!part[axis].is_subset_of(hull)) {
+                isCut = true;
+                part[axis] &= hull;
+            }
         }
         return isCut;
     }
 
-    [[nodiscard]] std::vector<Difference> compare(Part part,
-                                                  Verdicts before,
-                                                  Verdicts after) const {
-        for (;;) {
-            trim(part, before);
-            trim(part, after);
-            if (before.boxes.empty() && after.boxes.empty()) {
-                return before.isAllowedAtEnd == after.isAllowedAtEnd
-                           ? std::vector<Difference>()
-                           : std::vector<Difference>{{part, after.isAllowedAtEnd}};
-            }
-            if (before.isAllowedAtEnd != after.isAllowedAtEnd) {
-                break;
-            }
-            const std::vector<std::size_t> changed = changedBoxes(before, after);
+    // Makes the state as small as can be without a split. False when nothing differs.
+    bool settle(State& state) const {
+        while (state.before.isAllowedAtEnd == state.after.isAllowedAtEnd) {
+            const std::vector<std::size_t> changed = changedBoxes(state);
             if (changed.empty()) {
-                return {};
+                return false;
             }
-            if (!cutDown(part, changed)) {
-                break;
+            if (!cutDown(state.part, changed)) {
+                return true;
             }
+            trim(state.part, state.before);
+            trim(state.part, state.after);
         }
-        return split(part, before, after);
+        return true;
     }
 
-    using Groups = std::vector<Bits>;
-
-    // The classes of the part on an axis, by the boxes that they are in.
-    [[nodiscard]] Groups groupsOn(std::size_t axis,
-                                  const Part& part,
-                                  const Verdicts& before,
-                                  const Verdicts& after) const {
-        BoxMask mask((space_.boxes().size() + kWordBits - 1) / kWordBits);
-        for (const Verdicts* const list : {&before, &after}) {
-            for (const std::size_t box : list->boxes) {
-                if (!isEvery(box, axis)) {
-                    mask[box / kWordBits] |= Word{1} << box % kWordBits;
+    // The sets of boxes that cut an axis.
+    [[nodiscard]] std::vector<std::uint32_t> setsOn(std::size_t axis, const State& state) const {
+        std::vector<std::uint32_t> sets;
+        for (const Verdicts* const list : {&state.before, &state.after}) {
+            for (const Entry& entry : list->boxes) {
+                if ((entry.cuts >> axis & 1) != 0) {
+                    sets.push_back(space_.boxes()[entry.box].sets[kFree[axis]]);
                 }
             }
         }
-        std::map<BoxMask, std::size_t> known;
-        Groups groups;
-        for (auto i = part[axis].find_first(); i != Bits::npos; i = part[axis].find_next(i)) {
-            BoxMask boxes = mask;
-            const Word* const row = space_.axis(kFree[axis]).boxesAt(i);
-            for (std::size_t word = 0; word < boxes.size(); ++word) {
-                boxes[word] &= row[word];
+        std::sort(sets.begin(), sets.end());
+        sets.erase(std::unique(sets.begin(), sets.end()), sets.end());
+        return sets;
+    }
+
+    // The classes of the part on an axis, by the sets that they are in.
+    [[nodiscard]] std::vector<Bits> groupsOn(std::size_t axis,
+                                             const std::vector<std::uint32_t>& sets,
+                                             const Bits& part) const {
+        std::vector<std::size_t> groupOf(part.size());
+        std::size_t count = 1;
+        for (const std::uint32_t set : sets) {
+            std::vector<std::size_t> moved(count, kNone);
+            const Bits inside = part & space_.axis(kFree[axis]).classesIn(set);
+            for (auto i = inside.find_first(); i != Bits::npos; i = inside.find_next(i)) {
+                std::size_t& target = moved[groupOf[i]];
+                if (target == kNone) {
+                    target = count++;
+                }
+                groupOf[i] = target;
             }
-            const auto [entry, isNew] = known.try_emplace(std::move(boxes), groups.size());
-            if (isNew) {
-                groups.emplace_back(part[axis].size());
-            }
-            groups[entry->second].set(i);
         }
+        std::vector<Bits> groups(count);
+        for (auto i = part.find_first(); i != Bits::npos; i = part.find_next(i)) {
+            Bits& group = groups[groupOf[i]];
+            group.resize(part.size());
+            group.set(i);
+        }
+        groups.erase(
+            std::remove_if(
+                groups.begin(), groups.end(), [](const Bits& group) { return group.empty(); }),
+            groups.end());
         return groups;
     }
 
-    [[nodiscard]] std::vector<Difference> split(const Part& part,
-                                                const Verdicts& before,
-                                                const Verdicts& after) const {
-        Groups fewest;
+    // Appends the differences of a settled state.
+    void compare(const State& state, std::vector<Difference>& found) const {
+        if (state.before.boxes.empty() && state.after.boxes.empty()) {
+            found.push_back({state.part, state.after.isAllowedAtEnd});
+            return;
+        }
         std::size_t axis = 0;
+        std::vector<std::uint32_t> fewest;
         for (std::size_t i = 0; i < kFreeAxes; ++i) {
-            Groups groups = groupsOn(i, part, before, after);
-            if (groups.size() > 1 && (fewest.empty() || groups.size() < fewest.size())) {
-                fewest = std::move(groups);
+            std::vector<std::uint32_t> sets = setsOn(i, state);
+            if (!sets.empty() && (fewest.empty() || sets.size() < fewest.size())) {
+                fewest = std::move(sets);
                 axis = i;
             }
         }
-        // Groups with the same differences in the other dimensions are one.
+        std::map<State, Bits> pieces;
+        for (const Bits& group : groupsOn(axis, fewest, state.part[axis])) {
+            State piece = {
+                state.part, within(state.before, axis, group), within(state.after, axis, group)};
+            piece.part[axis] = group;
+            if (settle(piece)) {
+                const Bits share = std::exchange(piece.part[axis], Bits());
+                pieces.try_emplace(std::move(piece), Bits(group.size())).first->second |= share;
+            }
+        }
+        // Pieces with the same differences in the other dimensions are one.
         std::map<std::pair<Part, bool>, std::size_t> known;
-        std::vector<Difference> found;
-        for (const Bits& group : fewest) {
-            Part smaller = part;
-            smaller[axis] = group;
-            for (Difference& difference : compare(std::move(smaller), before, after)) {
+        for (const auto& [piece, classes] : pieces) {
+            State whole = piece;
+            whole.part[axis] = classes;
+            std::vector<Difference> parts;
+            compare(whole, parts);
+            for (Difference& difference : parts) {
                 Bits share = std::exchange(difference.part[axis], Bits());
                 std::pair<Part, bool> key(difference.part, difference.isAllowedAfter);
                 const auto [entry, isNew] = known.try_emplace(std::move(key), found.size());
@@ -243,7 +328,6 @@ class Comparison {
                 }
             }
         }
-        return found;
     }
 
     const BoxSpace& space_;

@@ -208,6 +208,9 @@ void Dimension::fillRows(const std::vector<std::uint32_t>& setOfBox, std::size_t
             classesIn_[set].set(i);
         }
     }
+    for (const Bits& in : classesIn_) {
+        shares_.push_back(static_cast<double>(in.count()) / static_cast<double>(in.size()));
+    }
     boxesAt_.assign(classes_.size() * words_, 0);
     for (std::size_t box = 0; box < setOfBox.size(); ++box) {
         const Bits& in = classesIn_[setOfBox[box]];

@@ -32,6 +32,9 @@ class Dimension {
     // The classes in a set.
     [[nodiscard]] const Bits& classesIn(std::uint32_t set) const { return classesIn_[set]; }
 
+    // How much of all classes that is, from 0 to 1.
+    [[nodiscard]] double shareOf(std::uint32_t set) const { return shares_[set]; }
+
     // The boxes that a class is in. The classes are sorted so that the first is in the fewest: in
     // none that names a set, if there is such a class.
     [[nodiscard]] const Word* boxesAt(std::size_t index) const {
@@ -66,6 +69,7 @@ class Dimension {
     std::size_t words_;
     std::vector<Class> classes_;
     std::vector<Bits> classesIn_;
+    std::vector<double> shares_;
     std::vector<Word> boxesAt_;
     mutable std::vector<BoxMask> touching_;
 };

@@ -14,14 +14,6 @@ namespace {
 
 using RuleKey = std::pair<std::string, std::size_t>;  // adapter and position
 
-// The boxes of the mask up to a given one.
-BoxMask before(std::size_t box, BoxMask mask) {
-    const std::size_t word = box / kWordBits;
-    mask[word] &= (Word{1} << box % kWordBits) - 1;
-    std::fill(mask.begin() + static_cast<std::ptrdiff_t>(word) + 1, mask.end(), 0);
-    return mask;
-}
-
 template <typename Visit>
 void forEachBox(const BoxMask& mask, Visit visit) {
     for (std::size_t word = 0; word < mask.size(); ++word) {
@@ -36,12 +28,18 @@ void forEachBox(const BoxMask& mask, Visit visit) {
 // One family's part of the answers.
 class FamilyJudge {
   public:
-    explicit FamilyJudge(const FamilyModel& model, const Interfaces& interfaces)
+    FamilyJudge(const FamilyModel& model, const Interfaces& interfaces)
         : space_({&model}, interfaces),
           all_(space_.maskOf(space_.list(0))),
+          reached_(all_.size()),
           boxesOf_(space_.rules().size()) {
+        // A box that is never reached adds nothing to those before it.
         for (std::size_t i = 0; i < space_.boxes().size(); ++i) {
-            boxesOf_[space_.boxes()[i].rule].push_back(i);
+            const Box& box = space_.boxes()[i];
+            boxesOf_[box.rule].push_back(i);
+            if (space_.uncovered(box, box, reached_, i)) {
+                reached_[i / kWordBits] |= bitOf(i);
+            }
         }
     }
 
@@ -49,30 +47,31 @@ class FamilyJudge {
 
     [[nodiscard]] bool isReached(std::size_t rule) const {
         return std::any_of(boxesOf_[rule].begin(), boxesOf_[rule].end(), [&](std::size_t box) {
-            return space_
-                .uncovered(space_.regionOf(space_.boxes()[box]), before(box, withoutRule(rule)))
-                .has_value();
+            return (reached_[box / kWordBits] & bitOf(box)) != 0;
         });
     }
 
     [[nodiscard]] bool changesVerdict(std::size_t rule) const {
+        BoxMask others = all_;
+        for (const std::size_t box : boxesOf_[rule]) {
+            others[box / kWordBits] &= ~bitOf(box);
+        }
         return std::any_of(boxesOf_[rule].begin(), boxesOf_[rule].end(), [&](std::size_t box) {
-            return isNeeded(box, withoutRule(rule));
+            return isNeeded(box, others);
         });
     }
 
     // The rules that decide about packets of a rule that is never reached.
     [[nodiscard]] std::vector<std::size_t> deciders(std::size_t rule) const {
         std::vector<bool> decides(space_.rules().size());
-        const BoxMask others = withoutRule(rule);
         for (const std::size_t box : boxesOf_[rule]) {
-            const BoxMask earlier = before(box, others);
-            forEachBox(both(earlier, space_.boxesTouching(space_.boxes()[box])),
-                       [&](std::size_t other) {
-                           const std::size_t owner = space_.boxes()[other].rule;
-                           decides[owner] = decides[owner] || takes(box, other, earlier);
-                           return true;
-                       });
+            const Box& own = space_.boxes()[box];
+            forEachBox(both(reached_, space_.boxesTouching(own)), [&](std::size_t i) {
+                const Box& other = space_.boxes()[i];
+                decides[other.rule] =
+                    decides[other.rule] || (i < box && space_.uncovered(own, other, reached_, i));
+                return i < box;
+            });
         }
         std::vector<std::size_t> found;
         for (std::size_t i = 0; i < decides.size(); ++i) {
@@ -84,6 +83,8 @@ class FamilyJudge {
     }
 
   private:
+    static Word bitOf(std::size_t box) { return Word{1} << box % kWordBits; }
+
     static BoxMask both(BoxMask one, const BoxMask& other) {
         for (std::size_t word = 0; word < one.size(); ++word) {
             one[word] &= other[word];
@@ -91,26 +92,10 @@ class FamilyJudge {
         return one;
     }
 
-    [[nodiscard]] BoxMask withoutRule(std::size_t rule) const {
-        BoxMask mask = all_;
-        for (const std::size_t box : boxesOf_[rule]) {
-            mask[box / kWordBits] &= ~(Word{1} << box % kWordBits);
-        }
-        return mask;
-    }
-
-    // Whether a packet of `box` is the first time held by `other`.
-    [[nodiscard]] bool takes(std::size_t box, std::size_t other, const BoxMask& mask) const {
-        std::optional<Region> common =
-            space_.intersection(space_.regionOf(space_.boxes()[box]), space_.boxes()[other]);
-        return common && space_.uncovered(std::move(*common), before(other, mask)).has_value();
-    }
-
     // Whether a packet that the box decides about gets the other verdict without its rule.
     [[nodiscard]] bool isNeeded(std::size_t box, const BoxMask& others) const {
         const Box& own = space_.boxes()[box];
-        const std::optional<Cell> reached =
-            space_.uncovered(space_.regionOf(own), before(box, others));
+        const std::optional<Cell> reached = space_.uncovered(own, own, others, box);
         if (!reached) {
             return false;
         }
@@ -119,13 +104,14 @@ class FamilyJudge {
         if ((next ? space_.boxes()[*next].isAllowed : true) != own.isAllowed) {
             return true;
         }
-        if (!own.isAllowed && space_.uncovered(space_.regionOf(own), others)) {
+        if (!own.isAllowed && space_.uncovered(own, own, others)) {
             return true;
         }
         bool isNeeded = false;
-        forEachBox(both(others, space_.boxesTouching(own)), [&](std::size_t other) {
-            isNeeded = other > box && space_.boxes()[other].isAllowed != own.isAllowed &&
-                       takes(box, other, others);
+        forEachBox(both(others, space_.boxesTouching(own)), [&](std::size_t i) {
+            const Box& other = space_.boxes()[i];
+            isNeeded = i > box && other.isAllowed != own.isAllowed &&
+                       space_.uncovered(own, other, others, i);
             return !isNeeded;
         });
         return isNeeded;
@@ -133,6 +119,7 @@ class FamilyJudge {
 
     BoxSpace space_;
     BoxMask all_;
+    BoxMask reached_;  // the boxes that decide about any packet
     std::vector<std::vector<std::size_t>> boxesOf_;
 };
 

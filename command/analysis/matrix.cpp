@@ -5,15 +5,12 @@
 #include "command/analysis/matrix.h"
 
 #include <algorithm>
-#include <limits>
 #include <map>
 #include <set>
 #include <utility>
 
 namespace zamofw::analysis {
 namespace {
-
-constexpr std::size_t kNoBox = std::numeric_limits<std::size_t>::max();
 
 std::vector<std::size_t> boxesIn(const BoxMask& mask) {
     std::vector<std::size_t> boxes;
@@ -36,79 +33,62 @@ void keep(BoxMask& mask, const Word* row) {
 class Rows {
   public:
     Rows(const BoxSpace& space, const BoxMask& active, bool withPorts)
-        : space_(space), withPorts_(withPorts), columns_(withPorts ? ports().size() : 1) {
-        BoxMask forEvery = active;
-        keep(forEvery, everySource().data());
-        first_.assign(columns_, kNoBox);
-        base_ = Bits(columns_);
-        base_.set();
-        for (const std::size_t box : boxesIn(forEvery)) {
-            forEachColumn(box, [&](std::size_t column) {
-                if (first_[column] == kNoBox) {
-                    first_[column] = box;
-                    base_[column] = space_.boxes()[box].isAllowed;
-                }
-            });
-        }
-        special_ = active;
-        for (std::size_t word = 0; word < special_.size(); ++word) {
-            special_[word] &= ~forEvery[word];
+        : space_(space),
+          everyColumn_(withPorts ? space.axis(kPort).classesIn(0) : Bits(1, 1)),
+          base_(everyColumn_),
+          special_(active.size()),
+          columnsOf_(space.boxes().size()) {
+        // Goes through the list with the columns that no box for every source has decided about.
+        Bits open = everyColumn_;
+        for (const std::size_t box : boxesIn(active)) {
+            Bits columns = open;
+            if (withPorts) {
+                columns &= space.axis(kPort).classesIn(space.boxes()[box].sets[kPort]);
+            }
+            if (columns.none()) {
+                continue;
+            }
+            if (space.boxes()[box].sets[kSource] != 0) {
+                special_[box / kWordBits] |= Word{1} << box % kWordBits;
+                columnsOf_[box] = std::move(columns);
+                continue;
+            }
+            if (!space.boxes()[box].isAllowed) {
+                base_ -= columns;
+            }
+            open -= columns;
+            if (open.none()) {
+                break;
+            }
         }
     }
 
-    [[nodiscard]] Bits rowOf(std::size_t source) {
+    [[nodiscard]] Bits rowOf(std::size_t source) const {
         Bits row = base_;
+        Bits open = everyColumn_;
         BoxMask boxes = special_;
         keep(boxes, space_.axis(kSource).boxesAt(source));
-        changed_.clear();
         for (const std::size_t box : boxesIn(boxes)) {
-            forEachColumn(box, [&](std::size_t column) {
-                if (box < first_[column]) {
-                    changed_.emplace_back(column, first_[column]);
-                    first_[column] = box;
-                    row[column] = space_.boxes()[box].isAllowed;
-                }
-            });
-        }
-        for (auto change = changed_.rbegin(); change != changed_.rend(); ++change) {
-            first_[change->first] = change->second;
+            const Bits columns = columnsOf_[box] & open;
+            if (space_.boxes()[box].isAllowed) {
+                row |= columns;
+            } else {
+                row -= columns;
+            }
+            open -= columns;
+            if (open.none()) {
+                break;
+            }
         }
         return row;
     }
 
   private:
-    [[nodiscard]] const Dimension& ports() const { return space_.axis(kPort); }
-
-    [[nodiscard]] BoxMask everySource() const {
-        BoxMask mask((space_.boxes().size() + kWordBits - 1) / kWordBits);
-        for (std::size_t box = 0; box < space_.boxes().size(); ++box) {
-            if (space_.boxes()[box].sets[kSource] == 0) {
-                mask[box / kWordBits] |= Word{1} << box % kWordBits;
-            }
-        }
-        return mask;
-    }
-
-    template <typename Visit>
-    void forEachColumn(std::size_t box, Visit visit) const {
-        if (!withPorts_) {
-            visit(0);
-            return;
-        }
-        const Bits& columns = ports().classesIn(space_.boxes()[box].sets[kPort]);
-        for (auto column = columns.find_first(); column != Bits::npos;
-             column = columns.find_next(column)) {
-            visit(column);
-        }
-    }
-
     const BoxSpace& space_;
-    bool withPorts_;
-    std::size_t columns_;
-    std::vector<std::size_t> first_;  // the first box for every source, by column
-    Bits base_;                       // its verdicts
-    BoxMask special_;                 // the other boxes
-    std::vector<std::pair<std::size_t, std::size_t>> changed_;
+    Bits everyColumn_;
+    Bits base_;                    // where only boxes for every source hold
+    BoxMask special_;              // the other boxes
+    std::vector<Bits> columnsOf_;  // where those come before the first for every source
 };
 
 // Source classes with the same rows.
@@ -178,7 +158,7 @@ class FamilyMatrix {
         std::map<std::vector<Bits>, Bits> groups;
         for (std::size_t source = 0; source < count; ++source) {
             std::vector<Bits> rows;
-            for (Rows& protocol : protocols) {
+            for (const Rows& protocol : protocols) {
                 rows.push_back(protocol.rowOf(source));
             }
             groups.try_emplace(std::move(rows), Bits(count)).first->second.set(source);

@@ -249,12 +249,14 @@ std::vector<Packet> packetsAround(const std::vector<const Oracle*>& oracles, int
     const Number unnamed = unnamedAddress(family);
     const Number last = lastAddress(family);
     std::set<Number> sources = collected(&Line::sources, last, unnamed);
-    const std::set<Number> destinations = collected(&Line::destinations, last, unnamed);
+    std::set<Number> destinations = collected(&Line::destinations, last, unnamed);
     const std::set<Number> ports = collected(&Line::ports, 65535, 40000);
     const std::set<Number> sourcePorts = collected(&Line::sourcePorts, 65535, 40000);
-    for (const Number source : std::set<Number>(sources)) {
-        // For masks that are no prefixes.
-        sources.insert({(source & ~Number{255}) | 9, source ^ Number{1} << 8});
+    for (std::set<Number>* const numbers : {&sources, &destinations}) {
+        for (const Number bound : std::set<Number>(*numbers)) {
+            // For masks that are no prefixes.
+            numbers->insert({(bound & ~Number{255}) | 9, bound ^ Number{1} << 8});
+        }
     }
     std::vector<Packet> packets;
     for (const std::uint8_t protocol : {kTcp, kUdp, icmpOf(family), kIgmp, kGre, kNamedByNone}) {
