@@ -3,6 +3,10 @@
 // A box is the product of one set per dimension. Each dimension is cut into classes of numbers that
 // lie in the same boxes' sets, so that a packet is seven small numbers, and the boxes that hold it
 // are the intersection of seven rows of bits.
+//
+// A decision diagram of the packets was tried first. Rules about sources beside rules about
+// destinations make it grow with their product: 341 rules took BuDDy 900,000 nodes and two seconds,
+// and 630 rules more than a minute. With boxes the whole check of 1,000 such rules takes 15 ms.
 #ifndef COMMAND_ANALYSIS_BOXSPACE_H
 #define COMMAND_ANALYSIS_BOXSPACE_H
 

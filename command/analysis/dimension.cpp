@@ -143,6 +143,7 @@ Dimension::Dimension(Number last,
     sortByWeight(setOfBox, sets.size());
     fillRows(setOfBox, sets.size());
     chooseExamples(preferred);
+    listStretches();
     touching_.resize(sets.size());
 }
 
@@ -220,6 +221,20 @@ void Dimension::fillRows(const std::vector<std::uint32_t>& setOfBox, std::size_t
     }
 }
 
+void Dimension::listStretches() {
+    for (std::size_t i = 0; i < classes_.size(); ++i) {
+        isAnyCut_ = isAnyCut_ || !classes_[i].terms.empty();
+        if (classes_[i].terms.empty()) {
+            for (const Interval& interval : classes_[i].intervals) {
+                stretches_.emplace_back(interval, i);
+            }
+        }
+    }
+    std::sort(stretches_.begin(), stretches_.end(), [](const auto& one, const auto& other) {
+        return one.first.first < other.first.first;
+    });
+}
+
 void Dimension::chooseExamples(const Intervals& preferred) {
     for (Class& entry : classes_) {
         for (const Interval& wanted : preferred) {
@@ -264,16 +279,45 @@ std::size_t Dimension::classOf(Number number) const {
     return static_cast<std::size_t>(found - classes_.begin());
 }
 
-Intervals Dimension::numbersIn(const Bits& classes) const {
+// The numbers of the classes that no pattern has cut. Sorting what few classes have is faster than
+// going through everything.
+Intervals Dimension::uncutNumbersIn(const Bits& classes) const {
+    constexpr std::size_t kFew = 8;
     Intervals numbers;
-    std::map<std::size_t, std::vector<std::size_t>> cut;  // by what they were cut out of
-    for (auto i = classes.find_first(); i != Bits::npos; i = classes.find_next(i)) {
-        const Class& entry = classes_[i];
-        if (entry.terms.empty()) {
-            numbers.insert(numbers.end(), entry.intervals.begin(), entry.intervals.end());
-        } else {
-            cut[entry.base].push_back(i);
+    if (classes.count() < classes_.size() / kFew) {
+        for (auto i = classes.find_first(); i != Bits::npos; i = classes.find_next(i)) {
+            const Class& entry = classes_[i];
+            if (entry.terms.empty()) {
+                numbers.insert(numbers.end(), entry.intervals.begin(), entry.intervals.end());
+            }
         }
+        return normalized(std::move(numbers));
+    }
+    bool isJoined = false;
+    for (const auto& [interval, index] : stretches_) {
+        const bool isIn = classes[index];
+        if (isIn && isJoined && numbers.back().last + 1 == interval.first) {
+            numbers.back().last = interval.last;
+        } else if (isIn) {
+            numbers.push_back(interval);
+        }
+        isJoined = isIn;
+    }
+    return numbers;
+}
+
+Intervals Dimension::numbersIn(const Bits& classes) const {
+    Intervals numbers = uncutNumbersIn(classes);
+    std::map<std::size_t, std::vector<std::size_t>> cut;  // by what they were cut out of
+    if (isAnyCut_) {
+        for (auto i = classes.find_first(); i != Bits::npos; i = classes.find_next(i)) {
+            if (!classes_[i].terms.empty()) {
+                cut[classes_[i].base].push_back(i);
+            }
+        }
+    }
+    if (cut.empty()) {
+        return numbers;
     }
     for (const auto& [base, parts] : cut) {
         appendParts(parts, numbers);

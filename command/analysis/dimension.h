@@ -5,6 +5,7 @@
 #include <boost/dynamic_bitset.hpp>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "command/analysis/model.h"
@@ -64,10 +65,14 @@ class Dimension {
     void sortByWeight(const std::vector<std::uint32_t>& setOfBox, std::size_t setCount);
     void fillRows(const std::vector<std::uint32_t>& setOfBox, std::size_t setCount);
     void chooseExamples(const Intervals& preferred);
+    void listStretches();
+    [[nodiscard]] Intervals uncutNumbersIn(const Bits& classes) const;
     void appendParts(const std::vector<std::size_t>& parts, Intervals& numbers) const;
 
     std::size_t words_;
     std::vector<Class> classes_;
+    bool isAnyCut_ = false;                                    // by a pattern
+    std::vector<std::pair<Interval, std::size_t>> stretches_;  // with their class, in order
     std::vector<Bits> classesIn_;
     std::vector<double> shares_;
     std::vector<Word> boxesAt_;

@@ -4,6 +4,7 @@
 #include <map>
 #include <ostream>
 
+#include "command/answers/assertAnswer.h"
 #include "command/answers/changeAnswer.h"
 #include "command/answers/configurationExchange.h"
 #include "command/answers/jsonLine.h"
@@ -16,6 +17,7 @@
 #include "command/history/change.h"
 #include "command/history/configuration.h"
 #include "command/words/quoting.h"
+#include "zamofirewall/profileDatabase.h"
 
 namespace zamofw {
 namespace {
@@ -90,6 +92,17 @@ Json::Value merged(const Json::Value& stored, const Json::Value& imported) {
     return result;
 }
 
+// The profile that an import would have in force must not break what is asserted.
+void checkIntents(const Json::Value& configuration) {
+    const Json::Value& inForce = configuration[kExportedSettings]["profile"];
+    const auto profiles = profilesIn(configuration);
+    const auto found = profiles.find(inForce.isString() ? inForce.asString() : "");
+    FW::FWPROFILE profile;
+    if (found != profiles.end() && FW::ZAMOFW_JSON_DB().jsonToProfile(found->second, profile)) {
+        refuseBrokenIntents(profile);
+    }
+}
+
 Json::Value jsonOf(const Names& names) {
     Json::Value json(Json::arrayValue);
     for (const std::string& name : names) {
@@ -154,6 +167,9 @@ Status importAnswer(const Console& console,
     if (found.isEmpty()) {
         answerChange(console, false, "nothing to change: all of it is stored like this");
         return Status::kDone;
+    }
+    if (!request.force) {
+        checkIntents(wanted);
     }
     if (found.lostRules > 0 && !console.confirm(lossText(found))) {
         return refusedChange(console);

@@ -3,6 +3,7 @@
 #include <ostream>
 #include <string>
 
+#include "command/answers/assertAnswer.h"
 #include "command/answers/systemNames.h"
 #include "command/document/check.h"
 #include "command/document/findingText.h"
@@ -30,6 +31,9 @@ void showFindings(const Console& console, const Target& profile, Errors errors) 
         throw Failure(Status::kNo,
                       "the profile `" + profile.name + "` has errors, and nothing was changed",
                       "mend it, or say --force to use it all the same");
+    }
+    if (errors == Errors::kRefuse) {
+        refuseBrokenIntents(profileOf(profile));
     }
 }
 

@@ -12,7 +12,7 @@ namespace zamofw {
 [[nodiscard]] bool isFirewallEnabled();
 
 // Shows on standard error what the check finds in a profile. Throws Failure (kNo) for errors that
-// refuse it.
+// refuse it, or an intent that it breaks.
 void showFindings(const Console& console, const Target& profile, Errors errors);
 
 }  // namespace zamofw
