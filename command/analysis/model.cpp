@@ -70,11 +70,11 @@ std::optional<NumberSet> addressRange(std::string_view text, int family) {
     }
     const auto first = addressOf(text.substr(0, dash), family);
     const auto last = addressOf(text.substr(dash + 1), family);
-    // iptables refuses one that ends before it begins.
-    if (!first || !last || *last < *first) {
+    if (!first || !last) {
         return std::nullopt;
     }
-    return NumberSet{{{*first, *last}}, std::nullopt};
+    // iptables takes one that ends before it begins, with a warning: it holds nothing.
+    return *last < *first ? NumberSet() : NumberSet{{{*first, *last}}, std::nullopt};
 }
 
 std::optional<NumberSet> portList(std::string_view text) {

@@ -82,7 +82,10 @@ Status checkAnswer(const Console& console, const CheckRequest& request) {
         wrongUse("--all and a profile contradict each other", "leave one of them out");
     }
     const CheckContext context = systemCheckContext();
-    const std::optional<Client> client = clientOf(request.client, request.port);
+    // The connection that is there now says nothing about profiles that are kept for other times.
+    const bool isAboutClient = !request.all || request.client || request.port;
+    const std::optional<Client> client =
+        isAboutClient ? clientOf(request.client, request.port) : std::nullopt;
     const Findings findings =
         request.all ? checkAll(console, context, client)
                     : checkDocument(readTarget(request.target).document, context, client);
