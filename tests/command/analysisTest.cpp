@@ -743,6 +743,34 @@ TEST_F(Analysis, IntentsHoldForEveryPacketOrFailWithOne) {
     EXPECT_GT(kept, 0U);
 }
 
+// The least named source and port are both taken, and so is every other source: what reaches the
+// last rule is found only by looking at both halves of what the first rule leaves.
+TEST_F(Analysis, LooksAtBothHalvesOfWhatARuleLeaves) {
+    const auto rule = [](const char* first, const char* last, const char* ports) {
+        FW::FWRULE made = test::portRule(FW::FW_POLICY_DENY, {ports});
+        made.ipType = FW::FW_IP_TYPE_V4;
+        made.ipGroup = FW::FW_IP_GROUP_RANGE;
+        made.ipList = {first, last};
+        return made;
+    };
+    const char* const high = "50001-65535";
+    FW::FWPROFILE profile;
+    std::vector<FW::FWRULE>& rules = profile.rules["eth0"];
+    rules = {rule("10.0.0.0", "10.255.255.255", "0-50000"),
+             rule("0.0.0.0", "9.255.255.255", high),
+             rule("0.0.0.0", "9.255.255.255", "0-65535"),
+             rule("11.0.0.0", "255.255.255.255", high),
+             rule("11.0.0.0", "255.255.255.255", "0-65535"),
+             rule("0.0.0.0", "255.255.255.255", "0-65535")};
+    EXPECT_TRUE(idleRules(meaning(profile)->model).shadowed.empty());
+
+    rules.insert(rules.begin(), rule("10.0.0.0", "10.255.255.255", high));
+    const IdleRules idle = idleRules(meaning(profile)->model);
+    ASSERT_EQ(idle.shadowed.size(), 1U);
+    EXPECT_EQ(idle.shadowed[0].rule.position, 7U);
+    EXPECT_EQ(idle.shadowed[0].by.size(), 6U);
+}
+
 TEST_F(Analysis, LeavesOutWhatItDoesNotKnow) {
     const auto unknownOf = [this](const std::string& line) {
         const Plan plan = {"home", {{line, "eth0", LineKind::kRule, 1, ""}}, {}};
