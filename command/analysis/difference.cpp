@@ -1,7 +1,7 @@
 // Two lists of rules can differ in their verdicts only where a rule holds that is in one of them
 // alone. So each step cuts the region down to those rules, drops what has no part in it, and then
-// splits the dimension on which the rest has the fewest sets. Pieces that are left with the same
-// rules go on as one, and where the lists have become the same, nothing is looked at any more.
+// splits one dimension. Pieces that are left with the same rules go on as one, and where the lists
+// have become the same, nothing is looked at any more.
 
 #include "command/analysis/difference.h"
 
@@ -78,7 +78,8 @@ class Comparison {
     }
 
     // The differences among the boxes of a mask.
-    [[nodiscard]] std::vector<Difference> compare(const BoxMask& mask) const {
+    [[nodiscard]] std::vector<Difference> compare(const BoxMask& mask) {
+        known_.clear();
         State state;
         for (std::size_t i = 0; i < kFreeAxes; ++i) {
             state.part[i] = space_.axis(kFree[i]).classesIn(0);
@@ -211,6 +212,9 @@ class Comparison {
     bool cutDown(Part& part, const std::vector<std::size_t>& changed) const {
         bool isCut = false;
         for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
+            if (part[axis].empty()) {
+                continue;  // no box cuts it
+            }
             Bits hull(part[axis].size());
             for (const std::size_t box : changed) {
                 hull |= classesOf(box, axis);
@@ -284,23 +288,59 @@ class Comparison {
         return groups;
     }
 
-    // Appends the differences of a settled state.
-    void compare(const State& state, std::vector<Difference>& found) const {
+    // The dimensions that a box of the state cuts, as bits.
+    [[nodiscard]] static unsigned cutsOf(const State& state) {
+        unsigned cuts = 0;
+        for (const Verdicts* const list : {&state.before, &state.after}) {
+            for (const Entry& entry : list->boxes) {
+                cuts |= entry.cuts;
+            }
+        }
+        return cuts;
+    }
+
+    // Appends the differences of a settled state. Dimensions that no box cuts have no say in them,
+    // so that many states share what is found in the others.
+    void compare(const State& state, std::vector<Difference>& found) {
         if (state.before.boxes.empty() && state.after.boxes.empty()) {
             found.push_back({state.part, state.after.isAllowedAtEnd});
             return;
         }
+        const unsigned cuts = cutsOf(state);
+        State cutState = state;
+        for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
+            if ((cuts >> axis & 1) == 0) {
+                cutState.part[axis].clear();
+            }
+        }
+        const auto [known, isNew] = known_.try_emplace(std::move(cutState));
+        if (isNew) {
+            known->second = split(known->first);
+        }
+        for (const Difference& difference : known->second) {
+            found.push_back(difference);
+            for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
+                if ((cuts >> axis & 1) == 0) {
+                    found.back().part[axis] = state.part[axis];
+                }
+            }
+        }
+    }
+
+    // Splits the dimension with the most sets: what is left is small then, and the same for many
+    // pieces.
+    [[nodiscard]] std::vector<Difference> split(const State& state) {
         std::size_t axis = 0;
-        std::vector<std::uint32_t> fewest;
+        std::vector<std::uint32_t> most;
         for (std::size_t i = 0; i < kFreeAxes; ++i) {
             std::vector<std::uint32_t> sets = setsOn(i, state);
-            if (!sets.empty() && (fewest.empty() || sets.size() < fewest.size())) {
-                fewest = std::move(sets);
+            if (sets.size() > most.size()) {
+                most = std::move(sets);
                 axis = i;
             }
         }
         std::map<State, Bits> pieces;
-        for (const Bits& group : groupsOn(axis, fewest, state.part[axis])) {
+        for (const Bits& group : groupsOn(axis, most, state.part[axis])) {
             State piece = {
                 state.part, within(state.before, axis, group), within(state.after, axis, group)};
             piece.part[axis] = group;
@@ -310,7 +350,8 @@ class Comparison {
             }
         }
         // Pieces with the same differences in the other dimensions are one.
-        std::map<std::pair<Part, bool>, std::size_t> known;
+        std::vector<Difference> found;
+        std::map<std::pair<Part, bool>, std::size_t> indexOf;
         for (const auto& [piece, classes] : pieces) {
             State whole = piece;
             whole.part[axis] = classes;
@@ -319,7 +360,7 @@ class Comparison {
             for (Difference& difference : parts) {
                 Bits share = std::exchange(difference.part[axis], Bits());
                 std::pair<Part, bool> key(difference.part, difference.isAllowedAfter);
-                const auto [entry, isNew] = known.try_emplace(std::move(key), found.size());
+                const auto [entry, isNew] = indexOf.try_emplace(std::move(key), found.size());
                 if (isNew) {
                     difference.part[axis] = std::move(share);
                     found.push_back(std::move(difference));
@@ -328,10 +369,12 @@ class Comparison {
                 }
             }
         }
+        return found;
     }
 
     const BoxSpace& space_;
     std::vector<std::size_t> twin_;  // of a box that both lists have: the other's
+    std::map<State, std::vector<Difference>> known_;
 };
 
 // One family's changes.
