@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "command/analysis/matrix.h"
+#include "command/console.h"
 #include "command/plan/lineDiff.h"
 
 namespace zamofw::analysis {
@@ -64,7 +65,8 @@ bool operator<(const State& one, const State& other) {
 // Compares the two lists of a space.
 class Comparison {
   public:
-    explicit Comparison(const BoxSpace& space) : space_(space), twin_(space.boxes().size(), kNone) {
+    Comparison(const BoxSpace& space, std::size_t& stepsLeft)
+        : space_(space), stepsLeft_(stepsLeft), twin_(space.boxes().size(), kNone) {
         const std::vector<std::string> before = textsOf(space.list(0));
         const std::vector<std::string> after = textsOf(space.list(1));
         for (const Edit& edit : lineDiff(before, after)) {
@@ -330,6 +332,10 @@ class Comparison {
     // Splits the dimension with the most sets: what is left is small then, and the same for many
     // pieces.
     [[nodiscard]] std::vector<Difference> split(const State& state) {
+        if (stepsLeft_-- == 0) {
+            failed("they are too many to be listed at once",
+                   "`zamofw diff --meaning` takes its time, and lists them all");
+        }
         std::size_t axis = 0;
         std::vector<std::uint32_t> most;
         for (std::size_t i = 0; i < kFreeAxes; ++i) {
@@ -373,6 +379,7 @@ class Comparison {
     }
 
     const BoxSpace& space_;
+    std::size_t& stepsLeft_;
     std::vector<std::size_t> twin_;  // of a box that both lists have: the other's
     std::map<State, std::vector<Difference>> known_;
 };
@@ -380,9 +387,13 @@ class Comparison {
 // One family's changes.
 class FamilyDifference {
   public:
-    FamilyDifference(const Model& before, const Model& after, int family, Interfaces interfaces)
+    FamilyDifference(const Model& before,
+                     const Model& after,
+                     int family,
+                     Interfaces interfaces,
+                     std::size_t& stepsLeft)
         : space_({&before.of(family), &after.of(family)}, std::move(interfaces)),
-          comparison_(space_),
+          comparison_(space_, stepsLeft),
           protocols_(namedProtocols({&before, &after}, family)) {}
 
     void add(std::size_t in, std::size_t out, std::vector<Change>& changes) {
@@ -453,13 +464,13 @@ class FamilyDifference {
 
 }  // namespace
 
-std::vector<Change> difference(const Model& before, const Model& after) {
+std::vector<Change> difference(const Model& before, const Model& after, std::size_t mostSteps) {
     std::set<std::string> names = interfacesOf(before);
     const std::set<std::string> more = interfacesOf(after);
     names.insert(more.begin(), more.end());
     const Interfaces interfaces = interfacesFor(names);
-    FamilyDifference v4(before, after, 4, interfaces);
-    FamilyDifference v6(before, after, 6, interfaces);
+    FamilyDifference v4(before, after, 4, interfaces, mostSteps);
+    FamilyDifference v6(before, after, 6, interfaces, mostSteps);
     std::vector<Change> changes;
     for (std::size_t in = 0; in < interfaces.in.size(); ++in) {
         // 0 is a packet for this machine.

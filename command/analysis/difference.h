@@ -2,6 +2,8 @@
 #ifndef COMMAND_ANALYSIS_DIFFERENCE_H
 #define COMMAND_ANALYSIS_DIFFERENCE_H
 
+#include <cstddef>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,8 +29,16 @@ struct Change {
     Packet witness;                  // one of them
 };
 
-// Every packet whose verdict changes, once. The models come from one reader.
-[[nodiscard]] std::vector<Change> difference(const Model& before, const Model& after);
+// Profiles that have little in common differ in more ways than anybody reads, and finding them
+// takes seconds. This many steps take about half a second.
+constexpr std::size_t kFewSteps = 5000;
+constexpr std::size_t kAllSteps = std::numeric_limits<std::size_t>::max();
+
+// Every packet whose verdict changes, once. The models come from one reader. Throws Failure when it
+// takes more than `mostSteps`.
+[[nodiscard]] std::vector<Change> difference(const Model& before,
+                                             const Model& after,
+                                             std::size_t mostSteps = kAllSteps);
 
 }  // namespace zamofw::analysis
 

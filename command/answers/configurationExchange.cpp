@@ -3,10 +3,12 @@
 #include <exception>
 #include <ostream>
 
+#include "command/answers/meaningAnswer.h"
 #include "command/answers/refusalText.h"
 #include "command/history/configuration.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/hook.h"
+#include "zamofirewall/profileDatabase.h"
 
 namespace zamofw {
 namespace {
@@ -69,6 +71,27 @@ void exchangeConfiguration(const Console& console,
                         << "\n";
         }
         throw;
+    }
+}
+
+std::optional<FW::FWPROFILE> profileInForceOf(const Json::Value& configuration) {
+    const Json::Value& name = configuration[kExportedSettings]["profile"];
+    FW::FWPROFILE profile;
+    for (const Json::Value& document : configuration[kExportedProfiles]) {
+        // Of two files with the same name the first one is the profile.
+        if (name.isString() && document.isObject() && document["name"] == name) {
+            return FW::ZAMOFW_JSON_DB().jsonToProfile(document, profile) ? std::optional(profile)
+                                                                         : std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+void showExchange(const Console& console, const Json::Value& before, const Json::Value& after) {
+    const std::optional<FW::FWPROFILE> one = profileInForceOf(before);
+    const std::optional<FW::FWPROFILE> other = profileInForceOf(after);
+    if (one && other && !console.json && !console.quiet) {
+        console.err << meaningText(*one, *other);
     }
 }
 

@@ -4,8 +4,11 @@
 
 #include <json/value.h>
 
+#include <optional>
+
 #include "command/answers/reloadAnswer.h"
 #include "command/console.h"
+#include "zamofirewall/ruleModel.h"
 
 namespace zamofw {
 
@@ -13,6 +16,12 @@ namespace zamofw {
 // are put into force as one transaction, those of one that is disabled now are removed. Throws
 // Failure when that fails, with all as it was before: a refused line takes the whole exchange back.
 void exchangeConfiguration(const Console& console, const Json::Value& configuration, Errors errors);
+
+// The profile that a configuration has in force, if it can be read.
+[[nodiscard]] std::optional<FW::FWPROFILE> profileInForceOf(const Json::Value& configuration);
+
+// Says on standard error which packets get another verdict by the profiles in force, if any do.
+void showExchange(const Console& console, const Json::Value& before, const Json::Value& after);
 
 }  // namespace zamofw
 

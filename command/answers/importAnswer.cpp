@@ -8,6 +8,7 @@
 #include "command/answers/changeAnswer.h"
 #include "command/answers/configurationExchange.h"
 #include "command/answers/jsonLine.h"
+#include "command/answers/meaningAnswer.h"
 #include "command/answers/profileStore.h"
 #include "command/answers/systemNames.h"
 #include "command/answers/table.h"
@@ -17,7 +18,6 @@
 #include "command/history/change.h"
 #include "command/history/configuration.h"
 #include "command/words/quoting.h"
-#include "zamofirewall/profileDatabase.h"
 
 namespace zamofw {
 namespace {
@@ -94,13 +94,16 @@ Json::Value merged(const Json::Value& stored, const Json::Value& imported) {
 
 // The profile that an import would have in force must not break what is asserted.
 void checkIntents(const Json::Value& configuration) {
-    const Json::Value& inForce = configuration[kExportedSettings]["profile"];
-    const auto profiles = profilesIn(configuration);
-    const auto found = profiles.find(inForce.isString() ? inForce.asString() : "");
-    FW::FWPROFILE profile;
-    if (found != profiles.end() && FW::ZAMOFW_JSON_DB().jsonToProfile(found->second, profile)) {
-        refuseBrokenIntents(profile);
+    if (const std::optional<FW::FWPROFILE> profile = profileInForceOf(configuration)) {
+        refuseBrokenIntents(*profile);
     }
+}
+
+// Which packets get another verdict; null when the profiles in force cannot be compared.
+Json::Value changesJson(const Json::Value& stored, const Json::Value& wanted) {
+    const std::optional<FW::FWPROFILE> before = profileInForceOf(stored);
+    const std::optional<FW::FWPROFILE> after = profileInForceOf(wanted);
+    return before && after ? meaningJson(*before, *after) : Json::Value();
 }
 
 Json::Value jsonOf(const Names& names) {
@@ -111,13 +114,17 @@ Json::Value jsonOf(const Names& names) {
     return json;
 }
 
-void showDifference(const Console& console, const Difference& found) {
+void showDifference(const Console& console,
+                    const Difference& found,
+                    const Json::Value& stored,
+                    const Json::Value& wanted) {
     if (console.json) {
         Json::Value json(Json::objectValue);
         json["added"] = jsonOf(found.added);
         json["replaced"] = jsonOf(found.replaced);
         json["deleted"] = jsonOf(found.deleted);
         json["settings"] = jsonOf(found.settings);
+        json["changes"] = changesJson(stored, wanted);
         console.out << jsonLine(json) << "\n";
         return;
     }
@@ -133,6 +140,7 @@ void showDifference(const Console& console, const Difference& found) {
     add("setting", found.settings);
     if (!rows.empty()) {
         printTable(console, {"CHANGE", "PROFILE OR SETTING"}, rows);
+        showExchange(console, stored, wanted);
     }
 }
 
@@ -161,7 +169,7 @@ Status importAnswer(const Console& console,
     const Json::Value wanted = merged(stored, imported);
     const Difference found = difference(stored, wanted);
     if (request.planOnly) {
-        showDifference(console, found);
+        showDifference(console, found, stored, wanted);
         return found.isEmpty() ? Status::kDone : Status::kNo;
     }
     if (found.isEmpty()) {
@@ -171,6 +179,7 @@ Status importAnswer(const Console& console,
     if (!request.force) {
         checkIntents(wanted);
     }
+    showExchange(console, stored, wanted);
     if (found.lostRules > 0 && !console.confirm(lossText(found))) {
         return refusedChange(console);
     }

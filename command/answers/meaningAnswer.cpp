@@ -1,8 +1,14 @@
 #include "command/answers/meaningAnswer.h"
 
 #include <limits>
+#include <map>
 #include <ostream>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
+#include "command/analysis/difference.h"
 #include "command/answers/jsonLine.h"
 #include "command/answers/meaning.h"
 #include "command/words/quoting.h"
@@ -46,58 +52,140 @@ std::string wayText(const Change& change) {
            (change.hook == Hook::kForward ? " out " + name(change.out) : "");
 }
 
-std::string toText(const Change& change) {
-    std::string text =
-        std::string(change.isAllowedAfter ? "+ allowed: " : "- denied: ") + change.protocol;
+// One line of text, which can stand for several changes.
+struct ChangeLine {
+    bool isAllowedAfter;
+    std::string what;    // "tcp 22"
+    std::string whom;    // "from 192.168.1.7"
+    std::string ways;    // "in `eth0`"
+    std::string family;  // "IPv4"
+};
+
+ChangeLine lineOf(const Change& change) {
+    ChangeLine line = {change.isAllowedAfter,
+                       change.protocol,
+                       "from " + addressesText(change.sources, change.family),
+                       wayText(change),
+                       "IPv" + std::to_string(change.family)};
     const analysis::Intervals everyPort = {{0, 65535}};
     if (change.ports && *change.ports != everyPort) {
-        text += " " + portsText(*change.ports);
+        line.what += " " + portsText(*change.ports);
     }
     if (change.sourcePorts) {
-        text += " source-port " + portsText(*change.sourcePorts);
+        line.what += " source-port " + portsText(*change.sourcePorts);
     }
-    text += " from " + addressesText(change.sources, change.family);
     if (change.destinations) {
-        text += " to " + addressesText(*change.destinations, change.family);
+        line.whom += " to " + addressesText(*change.destinations, change.family);
     }
-    return text + " " + wayText(change) + " (IPv" + std::to_string(change.family) + ")\n";
+    return line;
 }
 
-}  // namespace
-
-std::string changesText(const std::vector<Change>& changes, std::size_t most) {
-    std::string text;
-    for (std::size_t i = 0; i < changes.size(); ++i) {
-        if (i == most) {
-            return text + "and " + std::to_string(changes.size() - most) + " more\n";
+// Makes one line of those that differ in one member alone.
+void join(std::vector<ChangeLine>& lines,
+          std::string ChangeLine::*member,
+          const std::string& separator) {
+    std::map<std::tuple<bool, std::string, std::string, std::string, std::string>, std::size_t>
+        known;
+    std::vector<ChangeLine> joined;
+    for (ChangeLine& line : lines) {
+        const std::string value = std::exchange(line.*member, "");
+        const auto key =
+            std::tuple(line.isAllowedAfter, line.what, line.whom, line.ways, line.family);
+        const auto [entry, isNew] = known.try_emplace(key, joined.size());
+        if (isNew) {
+            line.*member = value;
+            joined.push_back(std::move(line));
+        } else {
+            joined[entry->second].*member += separator + value;
         }
-        text += toText(changes[i]);
+    }
+    lines = std::move(joined);
+}
+
+std::vector<ChangeLine> linesOf(const std::vector<Change>& changes) {
+    std::vector<ChangeLine> lines;
+    lines.reserve(changes.size());
+    for (const Change& change : changes) {
+        lines.push_back(lineOf(change));
+    }
+    join(lines, &ChangeLine::ways, "; ");
+    join(lines, &ChangeLine::what, ", ");
+    join(lines, &ChangeLine::family, ", ");
+    return lines;
+}
+
+std::string toText(const ChangeLine& line) {
+    return std::string(line.isAllowedAfter ? "+ allowed: " : "- denied: ") + line.what + " " +
+           line.whom + " (" + line.family + ") " + line.ways + "\n";
+}
+
+Json::Value toJson(const std::vector<Change>& changes) {
+    Json::Value json(Json::arrayValue);
+    for (const Change& change : changes) {
+        json.append(toJson(change));
+    }
+    return json;
+}
+
+std::string toText(const std::vector<Change>& changes, std::size_t most) {
+    const std::vector<ChangeLine> lines = linesOf(changes);
+    std::string text;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (i == most) {
+            return text + "and " + std::to_string(lines.size() - most) +
+                   " more (`zamofw diff --meaning` lists them all)\n";
+        }
+        text += toText(lines[i]);
     }
     return text;
 }
 
-std::vector<Change> changesInMeaning(const FW::FWPROFILE& before, const FW::FWPROFILE& after) {
+// Throws Failure when a profile cannot be translated, or holds lines that are not understood.
+std::vector<Change> changesInMeaning(const FW::FWPROFILE& before,
+                                     const FW::FWPROFILE& after,
+                                     std::size_t mostSteps) {
     analysis::ModelReader reader(countryRanges());
     const auto one = meaningOf(before, before.name, reader);
     const auto other = meaningOf(after, after.name, reader);
     requireKnown(*one);
     requireKnown(*other);
-    return analysis::difference(one->model, other->model);
+    return analysis::difference(one->model, other->model, mostSteps);
+}
+
+}  // namespace
+
+std::string meaningText(const FW::FWPROFILE& before, const FW::FWPROFILE& after) try {
+    constexpr std::size_t kMostShown = 10;
+    const std::vector<Change> changes = changesInMeaning(before, after, analysis::kFewSteps);
+    return changes.empty() ? ""
+                           : "packets that get another verdict:\n" + toText(changes, kMostShown);
+} catch (const Failure& failure) {
+    return "packets that get another verdict: " + std::string(failure.what()) + "\n";
+}
+
+Json::Value meaningJson(const FW::FWPROFILE& before, const FW::FWPROFILE& after) try {
+    return toJson(changesInMeaning(before, after, analysis::kFewSteps));
+} catch (const Failure&) {
+    return {};
+}
+
+void showMeaning(const Console& console, const FW::FWPROFILE& before, const FW::FWPROFILE& after) {
+    if (!console.json && !console.quiet) {
+        const std::string text = meaningText(before, after);
+        console.err << (text.empty() ? "no packet gets another verdict\n" : text);
+    }
 }
 
 Status meaningAnswer(const Console& console, const DiffRequest& request) {
     const std::vector<Target> targets = diffTargets(request);
     const std::vector<Change> changes =
-        changesInMeaning(profileOf(targets[0]), profileOf(targets[1]));
+        changesInMeaning(profileOf(targets[0]), profileOf(targets[1]), analysis::kAllSteps);
     if (console.json) {
         Json::Value json;
-        json["changes"] = Json::arrayValue;
-        for (const Change& change : changes) {
-            json["changes"].append(toJson(change));
-        }
+        json["changes"] = toJson(changes);
         console.out << jsonLine(json) << "\n";
     } else {
-        console.out << changesText(changes, std::numeric_limits<std::size_t>::max());
+        console.out << toText(changes, std::numeric_limits<std::size_t>::max());
     }
     return changes.empty() ? Status::kDone : Status::kNo;
 }

@@ -2,9 +2,10 @@
 #ifndef COMMAND_ANSWERS_MEANINGANSWER_H
 #define COMMAND_ANSWERS_MEANINGANSWER_H
 
-#include <vector>
+#include <json/value.h>
 
-#include "command/analysis/difference.h"
+#include <string>
+
 #include "command/answers/diffAnswer.h"
 #include "command/console.h"
 #include "zamofirewall/ruleModel.h"
@@ -14,14 +15,16 @@ namespace zamofw {
 // Shows the packets whose verdict changes from A to B. kNo when there are any.
 [[nodiscard]] Status meaningAnswer(const Console& console, const DiffRequest& request);
 
-// The same packets, for a change that is about to be made. Throws Failure when a profile cannot be
-// translated, or holds lines that are not understood.
-[[nodiscard]] std::vector<analysis::Change> changesInMeaning(const FW::FWPROFILE& before,
-                                                             const FW::FWPROFILE& after);
+// Says on standard error what a change that is about to be made does to packets. Says nothing under
+// --quiet, and nothing in JSON: that is for `diff --meaning`.
+void showMeaning(const Console& console, const FW::FWPROFILE& before, const FW::FWPROFILE& after);
 
-// A line per change, at most `most` of them.
-[[nodiscard]] std::string changesText(const std::vector<analysis::Change>& changes,
-                                      std::size_t most);
+// "packets that get another verdict:" and the first of them, or why it cannot be said. Empty when
+// there are none.
+[[nodiscard]] std::string meaningText(const FW::FWPROFILE& before, const FW::FWPROFILE& after);
+
+// As in the answer to `diff --meaning`; null when it cannot be said.
+[[nodiscard]] Json::Value meaningJson(const FW::FWPROFILE& before, const FW::FWPROFILE& after);
 
 }  // namespace zamofw
 

@@ -6,6 +6,7 @@
 
 #include "command/answers/changeAnswer.h"
 #include "command/answers/changeFindings.h"
+#include "command/answers/meaningAnswer.h"
 #include "command/answers/profileStore.h"
 #include "command/answers/systemNames.h"
 #include "command/document/check.h"
@@ -24,6 +25,7 @@ struct Edited {
     Target stored;
     std::string before;  // what the store makes of the records
     std::string after;
+    FW::FWPROFILE old;
     FW::FWPROFILE profile;
     std::string done;
 };
@@ -45,7 +47,8 @@ Edited edited(const ProfileChange& change) {
     result.stored = readTarget({change.profile, {}});
     result.profile = readableProfile(result.stored);
     setStoredPolicies(result.profile);
-    result.before = documentText(result.profile);
+    result.old = result.profile;
+    result.before = documentText(result.old);
     result.done = change.edit(result.profile);
     setStoredPolicies(result.profile);
     result.after = documentText(result.profile);
@@ -93,6 +96,7 @@ Status changeProfile(const Console& console, const Call& call, const ProfileChan
     if (!isAcceptable(console, change, result)) {
         return refusedChange(console);
     }
+    showMeaning(console, result.old, result.profile);
     return recordedChange(call.given, [&] {
         storeProfile(result.profile);
         answerChange(console, true, result.done);

@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "command/answers/jsonLine.h"
+#include "command/answers/meaningAnswer.h"
 #include "command/answers/profileInForce.h"
 #include "command/answers/refusalText.h"
 #include "command/apply/kernelModules.h"
@@ -104,6 +105,13 @@ InForce reloadSequentially(const Console& console, Errors errors) {
     return result;
 }
 
+// Without two profiles that can be read there is nothing to compare.
+void showChoice(const Console& console, const Target& chosen) try {
+    showMeaning(console, profileOf(readTarget({})), profileOf(chosen));
+} catch (const Failure&) {
+    return;
+}
+
 void choose(const std::string& name) {
     if (!FW::ZAMOFW().fwProfileConfigSet(name, /*reload=*/false)) {
         failed("the choice of the profile `" + name + "` could not be stored",
@@ -179,6 +187,7 @@ Status profileUseAnswer(const Console& console, const ProfileUseRequest& request
     }
     const Target profile = readTarget({request.name, {}});
     checkFirst(console, profile, request.errors);
+    showChoice(console, profile);
     return recordedChange(request.given, [&] {
         if (request.reload) {
             return showInForce(console, chooseAndPutIntoForce(console, request));

@@ -2,6 +2,7 @@
 #include "command/answers/configurationExchange.h"
 #include "command/answers/historyAnswers.h"
 #include "command/history/change.h"
+#include "command/history/configuration.h"
 #include "command/words/quoting.h"
 
 namespace zamofw {
@@ -13,6 +14,7 @@ Status undoAnswer(const Console& console, const std::vector<std::string>& call) 
             answerChange(console, false, "there is no change to take back");
             return Status::kNo;
         }
+        showExchange(console, readableConfiguration(), snapshot->configuration);
         exchangeConfiguration(console, snapshot->configuration, Errors::kShow);
         answerChange(console,
                      true,

@@ -72,6 +72,6 @@ TEST_P(CommandSession, goesAsWritten) {
 
 INSTANTIATE_TEST_SUITE_P(All, CommandSession,
                          testing::Values("wrongWords", "profiles", "history", "catalogue",
-                                         "check"));
+                                         "check", "meaning"));
 
 }  // namespace
