@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
+#include <string>
 #include <tuple>
 #include <utility>
 
@@ -142,10 +144,11 @@ void addParts(const FamilyJudge& judge, std::map<RuleKey, RuleParts>& rules) {
 
 std::vector<Origin> decidersOf(const RuleParts& rule) {
     std::vector<Origin> by;
+    std::set<std::tuple<Origin::Kind, std::string, std::size_t>> known;
     for (const auto& [judge, index] : rule.parts) {
         for (const std::size_t decider : judge->deciders(index)) {
             const Origin& origin = judge->space().rules()[decider];
-            if (std::find(by.begin(), by.end(), origin) == by.end()) {
+            if (known.emplace(origin.kind, origin.adapter, origin.position.value_or(0)).second) {
                 by.push_back(origin);
             }
         }
