@@ -1,19 +1,14 @@
 #include "command/apply/refusedLine.h"
 
-#include <fcntl.h>
-#include <sched.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/predicate.hpp>
 #include <boost/algorithm/string/split.hpp>
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <utility>
 
 #include "command/apply/programs.h"
+#include "command/apply/scratchNetwork.h"
 
 namespace zamofw {
 namespace {
@@ -21,28 +16,6 @@ namespace {
 using boost::algorithm::starts_with;
 
 constexpr const char* kFilterTable = "*filter";
-
-// While this lives, the process and what it starts have an empty packet filter of their own.
-class ScratchNetwork {
-  public:
-    ScratchNetwork() : own_(posix::openFile("/proc/self/ns/net", O_RDONLY)) {
-        entered_ = static_cast<bool>(own_) && unshare(CLONE_NEWNET) == 0;
-    }
-    ~ScratchNetwork() {
-        if (entered_ && setns(own_.get(), CLONE_NEWNET) != 0) {
-            // Whatever would come next would be done to the wrong packet filter.
-            std::perror("the network namespace cannot be entered again");
-            std::_Exit(3);
-        }
-    }
-    ScratchNetwork(const ScratchNetwork&) = delete;
-    ScratchNetwork& operator=(const ScratchNetwork&) = delete;
-    [[nodiscard]] bool isEntered() const { return entered_; }
-
-  private:
-    posix::Descriptor own_;
-    bool entered_ = false;
-};
 
 // The words of a rule's line: "-A CHAIN ...".
 std::vector<std::string> wordsOf(const std::string& line) {
