@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "command/apply/programs.h"
-#include "command/apply/refusal.h"
+#include "command/apply/restoreError.h"
 #include "command/console.h"
 #include "library/model/names.h"
 

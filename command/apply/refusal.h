@@ -11,6 +11,15 @@
 
 namespace zamofw {
 
+[[nodiscard]] std::vector<std::string> linesOf(const std::string& text);
+
+// The refusal of the input's line at an index, with the rule that the line came from.
+[[nodiscard]] Refusal refusalAt(int family,
+                                const RestoreText& input,
+                                const std::vector<std::string>& lines,
+                                std::size_t index,
+                                const std::string& words);
+
 // The line that the program refused, its words, and the rule that the line came from. Throws
 // Failure when the program failed for another reason: a lock that is held, a missing chain, no
 // packet filter in the kernel.
@@ -19,14 +28,6 @@ namespace zamofw {
 // What this kernel refuses of a plan: the first line of each family, tried in a network namespace
 // that nobody else sees. Empty as well when there is no place to try.
 [[nodiscard]] std::vector<Refusal> refusedLines(const Plan& plan);
-
-// Throws Failure, naming the holder, when the program ended because the xtables lock was not free.
-void throwIfLockIsHeld(const ProgramResult& result);
-
-// Ends the call: the program failed, and no line of ours is the reason.
-[[noreturn]] void failedProgram(int family,
-                                const std::string& program,
-                                const ProgramResult& result);
 
 }  // namespace zamofw
 

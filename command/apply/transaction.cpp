@@ -6,8 +6,8 @@
 
 #include "command/apply/kernelState.h"
 #include "command/apply/programs.h"
-#include "command/apply/refusal.h"
 #include "command/apply/restore.h"
+#include "command/apply/restoreError.h"
 #include "command/apply/separateProcess.h"
 #include "command/console.h"
 #include "command/plan/plan.h"
