@@ -35,6 +35,7 @@ Commands allCommands() {
                                  ruleCommands,
                                  catalogueCommands,
                                  inspectionCommands,
+                                 kernelCommands,
                                  historyCommands}) {
         const Commands part = commands();
         all.insert(all.end(), part.begin(), part.end());

@@ -35,6 +35,7 @@ using Commands = std::vector<Command>;
 [[nodiscard]] Commands ruleCommands();
 [[nodiscard]] Commands catalogueCommands();
 [[nodiscard]] Commands inspectionCommands();
+[[nodiscard]] Commands kernelCommands();
 [[nodiscard]] Commands historyCommands();
 
 }  // namespace zamofw

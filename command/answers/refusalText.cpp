@@ -1,6 +1,6 @@
 #include "command/answers/refusalText.h"
 
-#include "command/apply/refusal.h"
+#include "command/apply/rehearsal.h"
 #include "command/console.h"
 #include "command/plan/plan.h"
 
@@ -28,6 +28,13 @@ Json::Value toJson(const Refusal& refusal) {
     return entry;
 }
 
+// All of them; none where they cannot be tried.
+std::string refusedLines(const Plan& plan) try {
+    return refusalsText(rehearse(plan));
+} catch (const Failure&) {
+    return "";
+}
+
 }  // namespace
 
 std::string refusalsText(const std::vector<Refusal>& refused) {
@@ -43,7 +50,7 @@ std::string refusalsText(const std::vector<Refusal>& refused) {
 }
 
 void failedLineByLine(const Plan& plan, const std::string& what) {
-    const std::string refused = refusalsText(refusedLines(plan));
+    const std::string refused = refusedLines(plan);
     failed(refused + what,
            refused.empty() ? "the lines of the system log say which command failed"
                            : "mend the rule, for instance with `zamofw rule replace`");

@@ -87,17 +87,4 @@ Refusal refusalOf(int family, const RestoreText& input, const ProgramResult& res
     return refusal;
 }
 
-std::vector<Refusal> refusedLines(const Plan& plan) {
-    std::vector<Refusal> refusals;
-    for (const int family : {4, 6}) {
-        const RestoreText input = restoreText(plan, family);
-        const std::vector<std::string> lines = linesOf(input.text);
-        const RefusedLine refused = findRefusedLine(family, lines);
-        if (refused.search == RefusedLine::Search::kFound) {
-            refusals.push_back(refusalAt(family, input, lines, refused.index, refused.words));
-        }
-    }
-    return refusals;
-}
-
 }  // namespace zamofw

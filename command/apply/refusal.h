@@ -25,10 +25,6 @@ namespace zamofw {
 // packet filter in the kernel.
 [[nodiscard]] Refusal refusalOf(int family, const RestoreText& input, const ProgramResult& result);
 
-// What this kernel refuses of a plan: the first line of each family, tried in a network namespace
-// that nobody else sees. Empty as well when there is no place to try.
-[[nodiscard]] std::vector<Refusal> refusedLines(const Plan& plan);
-
 }  // namespace zamofw
 
 #endif

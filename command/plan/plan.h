@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "command/console.h"
 #include "command/plan/plannedLine.h"
 #include "zamofirewall/ruleModel.h"
 
@@ -40,10 +41,20 @@ namespace zamofw {
 // "rule 2 of eth0 (name)", "the default policy of eth0", "built-in"
 [[nodiscard]] std::string originText(const PlannedLine& line);
 
+// A line that cmdExec() would refuse, or that an input for the restore programs cannot say.
+class UnsayableLine : public Failure {
+  public:
+    UnsayableLine(const PlannedLine& line, std::string why);
+    [[nodiscard]] const std::string& why() const { return why_; }
+
+  private:
+    std::string why_;
+};
+void requireSayable(const PlannedLine& line, int family);
+
 // Input for `iptables-restore --noflush` (family 4) and `ip6tables-restore --noflush` (family 6): a
 // comment line that names the family, the firewall's chains flushed and filled, the policies
-// opened. Throws Failure for a line that cmdExec() would refuse, and for one that such an input
-// cannot say.
+// opened. Throws UnsayableLine.
 [[nodiscard]] std::string restoreInput(const Plan& plan, int family);
 
 // The same with the origin of each line, by its index; null for a line that comes from no rule. The

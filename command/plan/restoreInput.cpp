@@ -25,9 +25,7 @@ constexpr std::size_t kMaxUsedBefore = 1022;
 constexpr std::size_t kSurelyShort = 2 * (kMaxWords - 1);
 
 [[noreturn]] void cannotSay(const PlannedLine& line, const std::string& why) {
-    failed(
-        "a line of " + originText(line) + " cannot be put into force: " + why + "\n  " + line.line,
-        "run `zamofw check`; it names the member of the rule that is to be mended");
+    throw UnsayableLine(line, why);
 }
 
 // What the input's own parser would not take as it is.
@@ -162,6 +160,19 @@ Section filterHead(int family) {
 }
 
 }  // namespace
+
+UnsayableLine::UnsayableLine(const PlannedLine& line, std::string why)
+    : Failure(Status::kFailed,
+              "a line of " + originText(line) + " cannot be put into force: " + why + "\n  " +
+                  line.line,
+              "run `zamofw check`; it names the member of the rule that is to be mended"),
+      why_(std::move(why)) {}
+
+void requireSayable(const PlannedLine& line, int family) {
+    Section filter;
+    std::map<std::string, Section> others;
+    appendPlanned(line, family == 4 ? FW::kIpv4 : FW::kIpv6, filter, others);
+}
 
 RestoreText restoreText(const Plan& plan, int family) {
     const FW::Family& names = family == 4 ? FW::kIpv4 : FW::kIpv6;

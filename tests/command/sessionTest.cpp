@@ -74,4 +74,7 @@ INSTANTIATE_TEST_SUITE_P(All, CommandSession,
                          testing::Values("wrongWords", "profiles", "history", "catalogue",
                                          "check", "meaning"));
 
+// What the kernel holds. These run with both variants of iptables.
+INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession, testing::Values("rehearse"));
+
 }  // namespace

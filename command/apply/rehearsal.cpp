@@ -1,0 +1,340 @@
+#include "command/apply/rehearsal.h"
+
+#include <algorithm>
+#include <boost/algorithm/string/predicate.hpp>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "command/apply/jumps.h"
+#include "command/apply/programs.h"
+#include "command/apply/refusal.h"
+#include "command/apply/restoreError.h"
+#include "command/console.h"
+
+namespace zamofw {
+namespace {
+
+using boost::algorithm::starts_with;
+
+// The legacy programs share one lock for all network namespaces, and nothing here needs it: any
+// file that nobody else knows serves instead. The program's own output is one.
+constexpr const char* kNoLock = "XTABLES_LOCKFILE=/proc/self/fd/1";
+
+std::string chainLine(const std::string& chain) {
+    return ":" + chain + " - [0:0]\n";
+}
+
+// An input that makes the chains that programs have made in a table. They are empty, but those of
+// the firewall are called: some rules are refused for what calls their chain.
+std::string chainsThere(int family, const std::string& table) {
+    std::string chains;
+    for (const char* const chain : kOurChains) {
+        chains += table == kFilterTable ? chainLine(chain) : "";
+    }
+    // Of a table that is not there nothing is printed; what is wrong, its lines will tell.
+    const ProgramResult saved = runProgram({saveProgram(family), "-t", table});
+    for (const auto& [name, content] : parseTables(saved.output)) {
+        for (const auto& [chain, state] : content) {
+            const bool isOurs =
+                std::find(kOurChains.begin(), kOurChains.end(), chain) != kOurChains.end();
+            chains += state.policy == "-" && !isOurs ? chainLine(chain) : "";
+        }
+    }
+    for (const Hook& hook : kHooks) {
+        for (const std::string& jump : jumpsOf(hook)) {
+            chains += table == kFilterTable ? jump + "\n" : "";
+        }
+    }
+    return "*" + table + "\n" + chains + "COMMIT\n";
+}
+
+// "line 7: RULE_APPEND failed (Invalid argument): ..." for each line that the kernel refused, the
+// number apart.
+std::vector<std::pair<std::size_t, std::string>> linesRefusedByKernel(const std::string& error) {
+    std::vector<std::pair<std::size_t, std::string>> refused;
+    for (const std::string& line : linesOf(error)) {
+        constexpr std::string_view kStart = "line ";
+        char* end = nullptr;
+        if (starts_with(line, kStart)) {
+            const std::size_t number = std::strtoul(line.c_str() + kStart.size(), &end, 10);
+            if (*end == ':') {
+                refused.emplace_back(number, line.substr(line.find(':') + 2));
+            }
+        }
+    }
+    return refused;
+}
+
+}  // namespace
+
+Rehearsal::Rehearsal(const Plan& plan, int family) : family_(family) {
+    takeOutUnsayable(plan);
+    text_ = restoreText(plan_, family);
+    lines_ = linesOf(text_.text);
+    isOut_.resize(lines_.size());
+    for (const std::string& line : lines_) {
+        if (starts_with(line, "*")) {
+            tables_.push_back(line.substr(1));
+            chainInputs_.push_back(chainsThere(family, tables_.back()));
+        }
+    }
+}
+
+void Rehearsal::takeOutUnsayable(const Plan& plan) {
+    std::vector<PlannedLine>& lines = family_ == 4 ? plan_.v4 : plan_.v6;
+    lines = family_ == 4 ? plan.v4 : plan.v6;
+    try {
+        (void)restoreText(plan_, family_);
+        return;
+    } catch (const UnsayableLine&) {
+    }
+    const auto isUnsayable = [this](const PlannedLine& line) {
+        try {
+            requireSayable(line, family_);
+            return false;
+        } catch (const UnsayableLine& problem) {
+            unsayable_.push_back(
+                {family_, line.line, line.adapter, line.position, line.name, problem.why()});
+            return true;
+        }
+    };
+    lines.erase(std::remove_if(lines.begin(), lines.end(), isUnsayable), lines.end());
+}
+
+const PlannedLine* Rehearsal::lineAt(std::uint64_t index) const {
+    return index > 0 && index <= text_.origins.size() ? text_.origins[index - 1] : nullptr;
+}
+
+void Rehearsal::prepare() const {
+    for (std::size_t i = 0; i < tables_.size(); ++i) {
+        const posix::Descriptor input = memoryFile(chainInputs_[i]);
+        const ProgramResult result =
+            Program({restoreProgram(family_), "-w", kLockSeconds}, input.get(), -1, kNoLock)
+                .finish();
+        if (result.status != 0 && tables_[i] == kFilterTable) {
+            failedProgram(family_, restoreProgram(family_), result);
+        }
+    }
+}
+
+// The lines from `begin` to `end` that have not been refused. A table of which no line is left is
+// left out, since it may be the table that the kernel does not have.
+Rehearsal::Attempt Rehearsal::attempt(std::size_t begin, std::size_t end, Counters counters) const {
+    Attempt result;
+    Attempt table;
+    bool isNeeded = false;
+    for (std::size_t i = 0; i < lines_.size(); ++i) {
+        if (isRule(i) && (isOut_[i] || i < begin || i >= end)) {
+            continue;
+        }
+        if (isRule(i) && counters == Counters::kIndex) {
+            table.text += "[" + std::to_string(i + 1) + ":0] ";
+        }
+        table.text += lines_[i] + "\n";
+        table.indices.push_back(i);
+        isNeeded = isNeeded || isRule(i) || lines_[i] == "*filter";
+        if (lines_[i] == "COMMIT") {
+            if (isNeeded) {
+                result.text += table.text;
+                result.indices.insert(
+                    result.indices.end(), table.indices.begin(), table.indices.end());
+            }
+            table = {};
+            isNeeded = false;
+        }
+    }
+    return result;
+}
+
+Program Rehearsal::start(const Attempt& attempt, Counters counters) const {
+    std::vector<std::string> command = {restoreProgram(family_), "--noflush", "-w", kLockSeconds};
+    if (counters == Counters::kIndex) {
+        command.emplace_back("--counters");
+    }
+    const posix::Descriptor input = memoryFile(attempt.text);
+    return Program(command, input.get(), -1, kNoLock);
+}
+
+Program Rehearsal::start(Counters counters) const {
+    return start(attempt(0, lines_.size(), counters), counters);
+}
+
+void Rehearsal::refuse(std::size_t index, const std::string& words) {
+    isOut_[index] = true;
+    refused_[index] = refusalAt(family_, text_, lines_, index, words);
+}
+
+// What the program that takes one rule says. Only the input's parser takes quotes apart.
+std::string Rehearsal::wordsAbout(std::size_t index) const {
+    if (lines_[index].find('"') != std::string::npos) {
+        return "";
+    }
+    std::size_t table = index;
+    while (!starts_with(lines_[table], "*")) {
+        --table;
+    }
+    std::vector<std::string> command = {
+        tool(family_), "-w", kLockSeconds, "-t", lines_[table].substr(1)};
+    const std::vector<std::string> words = splitRule(lines_[index]);
+    command.insert(command.end(), words.begin(), words.end());
+    return causeIn(Program(command, -1, -1, kNoLock).finish().error);
+}
+
+void Rehearsal::refuseTable(const Attempt& attempt,
+                            std::size_t opening,
+                            const ProgramResult& failure) {
+    for (std::size_t i = opening; i < attempt.indices.size(); ++i) {
+        const std::size_t index = attempt.indices[i];
+        if (lines_[index] == "COMMIT") {
+            return;
+        }
+        if (isRule(index)) {
+            refuse(index, causeIn(failure.error));
+        }
+    }
+}
+
+// Takes out the lines that the program names, and gives back where to go on: what comes before has
+// been understood. 0 when it names none.
+std::size_t Rehearsal::refuseNamed(const Attempt& attempt, const ProgramResult& failure) {
+    for (const auto& [number, words] : linesRefusedByKernel(failure.error)) {
+        const bool isNamed = number > 0 && number <= attempt.indices.size();
+        if (isNamed && isRule(attempt.indices[number - 1])) {
+            refuse(attempt.indices[number - 1], words);
+        }
+    }
+    const std::size_t number = namedLine(failure.error);
+    if (number == 0 || number > attempt.indices.size()) {
+        return 0;
+    }
+    const std::size_t index = attempt.indices[number - 1];
+    if (!isRule(index)) {
+        return 0;
+    }
+    if (!isOut_[index]) {
+        const std::string words = causeIn(failure.error);
+        // Numbers of lines are of no use here, and sometimes all that the program says.
+        const bool isNumbered = boost::contains(words, ": line ");
+        const std::string more = isNumbered ? wordsAbout(index) : "";
+        refuse(index, more.empty() ? words : more);
+    }
+    return index + 1;
+}
+
+// The kernel refuses a whole table and names no line: parts of it are tried.
+void Rehearsal::refuseWithin(const std::vector<std::size_t>& rules, const NoteRefused& note) {
+    if (rules.empty()) {
+        return;
+    }
+    const ProgramResult result =
+        start(attempt(rules.front(), rules.back() + 1, Counters::kNone), Counters::kNone).finish();
+    if (result.status == 0) {
+        return;
+    }
+    if (rules.size() == 1) {
+        const std::string words = wordsAbout(rules.front());
+        refuse(rules.front(), words.empty() ? causeIn(result.error) : words);
+        if (note != nullptr) {
+            note(unsayable_.size() + refused_.size());
+        }
+        return;
+    }
+    const auto middle = rules.begin() + static_cast<std::ptrdiff_t>(rules.size() / 2);
+    refuseWithin({rules.begin(), middle}, note);
+    refuseWithin({middle, rules.end()}, note);
+}
+
+// At least one line. `begin` is then where to go on.
+void Rehearsal::refuseSome(const Attempt& tried,
+                           const ProgramResult& failure,
+                           const NoteRefused& note,
+                           std::size_t& begin) {
+    const std::size_t before = refused_.size();
+    std::vector<std::string> lines;
+    std::vector<std::size_t> rules;
+    for (const std::size_t index : tried.indices) {
+        lines.push_back(lines_[index]);
+        if (isRule(index)) {
+            rules.push_back(index);
+        }
+    }
+    if (const auto table = missingTable(lines, failure.error)) {
+        refuseTable(tried, *table, failure);
+    } else {
+        throwUnlessAboutLine(family_, restoreProgram(family_), failure);
+        begin = refuseNamed(tried, failure);
+    }
+    if (refused_.size() == before) {
+        refuseWithin(rules, note);
+    }
+    if (refused_.size() == before) {
+        failedProgram(family_, restoreProgram(family_), failure);
+    }
+}
+
+// What is behind a refused line is tried without what is before it, so that the work stays in
+// proportion to the lines; at the end all lines that are left are tried together.
+void Rehearsal::findRefused(const ProgramResult& failure, const NoteRefused& note) {
+    Attempt tried = attempt(0, lines_.size(), Counters::kNone);
+    ProgramResult result = failure;
+    std::size_t begin = 0;
+    while (result.status != 0 || begin != 0) {
+        if (result.status == 0) {
+            begin = 0;
+        } else {
+            refuseSome(tried, result, note, begin);
+            if (note != nullptr) {
+                note(unsayable_.size() + refused_.size());
+            }
+        }
+        tried = attempt(begin, lines_.size(), Counters::kNone);
+        result = start(tried, Counters::kNone).finish();
+    }
+}
+
+std::vector<Refusal> Rehearsal::refused() const {
+    std::vector<Refusal> all = unsayable_;
+    for (const auto& [index, refusal] : refused_) {
+        all.push_back(refusal);
+    }
+    return all;
+}
+
+void requireEntered(const ScratchNetwork& network) {
+    if (!network.isEntered()) {
+        failed(
+            std::string("there is no place to try the lines: no network namespace can be made: ") +
+                std::strerror(errno),
+            "it takes root with the capability CAP_SYS_ADMIN; a container may have to be given "
+            "it");
+    }
+}
+
+std::vector<Refusal> rehearse(const Plan& plan, const NoteRefused& note) {
+    Rehearsal v4(plan, 4);
+    Rehearsal v6(plan, 6);
+    const ScratchNetwork network;
+    requireEntered(network);
+    v4.prepare();
+    v6.prepare();
+    Program first = v4.start(Rehearsal::Counters::kNone);
+    Program second = v6.start(Rehearsal::Counters::kNone);
+    const ProgramResult result4 = first.finish();
+    const ProgramResult result6 = second.finish();
+    v4.findRefused(result4, note);
+    const std::size_t refused4 = v4.refused().size();
+    v6.findRefused(result6, [&note, refused4](std::size_t count) {
+        if (note != nullptr) {
+            note(refused4 + count);
+        }
+    });
+    std::vector<Refusal> refused = v4.refused();
+    for (const Refusal& refusal : v6.refused()) {
+        refused.push_back(refusal);
+    }
+    return refused;
+}
+
+}  // namespace zamofw

@@ -1,0 +1,42 @@
+// What the kernel holds, as iptables-save prints it.
+#ifndef COMMAND_APPLY_SAVEDTABLE_H
+#define COMMAND_APPLY_SAVEDTABLE_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zamofw {
+
+constexpr const char* kFilterTable = "filter";
+
+struct SavedRule {
+    std::string text;           // "-A CHAIN ...", without the counters
+    std::uint64_t packets = 0;  // as counted, where the counters were asked for
+};
+
+struct SavedChain {
+    std::string policy;  // "-" for a chain that is not built in
+    std::vector<SavedRule> rules;
+};
+
+using SavedTable = std::map<std::string, SavedChain>;   // by the chain's name
+using SavedTables = std::map<std::string, SavedTable>;  // by the table's name
+
+[[nodiscard]] SavedTables parseTables(const std::string& text);
+
+// The rules of a chain; none when it is not there.
+[[nodiscard]] const std::vector<SavedRule>& rulesOf(const SavedTable& table,
+                                                    const std::string& chain);
+
+// The chain that a rule's line is about: the word after "-A ".
+[[nodiscard]] std::string_view chainOfRule(std::string_view rule);
+
+// The words of a line; one that stands in quotes is one word, without them.
+[[nodiscard]] std::vector<std::string> splitRule(std::string_view rule);
+
+}  // namespace zamofw
+
+#endif
