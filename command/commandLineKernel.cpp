@@ -1,6 +1,7 @@
 // The words of the commands that compare the kernel with what is stored.
 
 #include "command/answers/rehearseAnswer.h"
+#include "command/answers/verifyAnswer.h"
 #include "command/commandLineOptions.h"
 #include "command/commandTable.h"
 
@@ -15,6 +16,10 @@ Answer rehearse(CLI::App& app, const Words&) {
     return [target](const Console& console) { return rehearseAnswer(console, *target); };
 }
 
+Answer verify(CLI::App&, const Words&) {
+    return verifyAnswer;
+}
+
 }  // namespace
 
 Commands kernelCommands() {
@@ -24,6 +29,7 @@ Commands kernelCommands() {
          "what this kernel would refuse of a profile",
          rehearse,
          nullptr},
+        {"verify", "", "whether the kernel holds what the profile says", verify, nullptr},
     };
 }
 

@@ -5,10 +5,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <exception>
 #include <ostream>
 #include <string>
 
 #include "command/answers/jsonLine.h"
+#include "command/answers/kernelMatch.h"
+#include "command/answers/table.h"
 #include "command/apply/kernelState.h"
 #include "command/document/storedProfile.h"
 #include "command/document/textFile.h"
@@ -81,12 +84,35 @@ std::string policiesText(const Policies& policies) {
     return "INPUT " + policies.input + ", FORWARD " + policies.forward;
 }
 
+struct Kernel {
+    const char* answer;  // "same", "differs" or "unknown"
+    std::string reason;
+};
+
+// Nothing that stands in the way of the question may stand in the way of the rest of the answer.
+Kernel askKernel(bool mayAsk) try {
+    if (!mayAsk) {
+        return {"unknown", "only root may ask it"};
+    }
+    const KernelMatch match = kernelMatch(0);
+    if (match.differences.empty()) {
+        return {"same", match.expected.isEnabled ? "as the profile says" : "it holds no rules"};
+    }
+    return {"differs",
+            counted(match.differences.size(), "difference") +
+                (match.reload.empty() ? "; `zamofw verify` shows them" : "; " + match.reload)};
+} catch (const std::exception& problem) {
+    const std::string reason = problem.what();
+    return {"unknown", reason.substr(0, reason.find('\n'))};
+}
+
 }  // namespace
 
 Status statusAnswer(const Console& console) {
     const Settings settings = readSettings();
     const std::size_t rules = countRules(settings.profile);
     const bool mayAsk = geteuid() == 0;
+    const Kernel kernel = askKernel(mayAsk);
     const Policies v4 = mayAsk ? kernelPolicies(4) : Policies();
     const Policies v6 = mayAsk ? kernelPolicies(6) : Policies();
     if (console.json) {
@@ -94,7 +120,7 @@ Status statusAnswer(const Console& console) {
         document["enabled"] = settings.isEnabled;
         document["profile"] = settings.profile;
         document["rules"] = Json::UInt64{rules};
-        document["kernel"] = "unknown";
+        document["kernel"] = kernel.answer;
         document["policies"]["v4"] = policiesJson(v4);
         document["policies"]["v6"] = policiesJson(v6);
         document["trial"] = Json::Value();
@@ -105,7 +131,7 @@ Status statusAnswer(const Console& console) {
                 << "profile   " << settings.profile << " (" << rules
                 << (rules == 1 ? " rule)\n" : " rules)\n") << "policies  IPv4: " << policiesText(v4)
                 << "; IPv6: " << policiesText(v6) << "\n"
-                << "kernel    unknown\n"
+                << "kernel    " << kernel.answer << " (" << kernel.reason << ")\n"
                 << "trial     none\n";
     if (isClosed(v4) || isClosed(v6)) {
         console.out

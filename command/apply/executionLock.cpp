@@ -16,20 +16,33 @@ namespace {
 constexpr int kExclusive = 1;
 constexpr int kSeconds = 30;
 
+// Negative when it is not free in time.
+int lockWithin(int seconds) {
+    int descriptor = -1;
+    if (VLIBCFileLockTimeByFile(FW::kExecutionLockFile, kExclusive, seconds, &descriptor) != 0) {
+        return descriptor;
+    }
+    if (errno != ETIMEDOUT) {
+        failed(std::string("the lock ") + FW::kExecutionLockFile +
+               " cannot be taken: " + std::strerror(errno));
+    }
+    return -1;
+}
+
 }  // namespace
 
-ExecutionLock::ExecutionLock() {
-    if (VLIBCFileLockTimeByFile(FW::kExecutionLockFile, kExclusive, kSeconds, &descriptor_) != 0) {
-        return;
-    }
-    const int error = errno;
-    const std::string file = FW::kExecutionLockFile;
-    if (error == ETIMEDOUT) {
+ExecutionLock::ExecutionLock() : descriptor_(lockWithin(kSeconds)) {
+    if (descriptor_ < 0) {
+        const std::string file = FW::kExecutionLockFile;
         failed("another program has held the lock " + file + " for " + std::to_string(kSeconds) +
                    " seconds" + lockHolders(file),
                "another reload is under way; try again when it has ended");
     }
-    failed("the lock " + file + " cannot be taken: " + std::strerror(error));
+}
+
+std::unique_ptr<ExecutionLock> ExecutionLock::takenWithin(int seconds) {
+    const int descriptor = lockWithin(seconds);
+    return descriptor < 0 ? nullptr : std::unique_ptr<ExecutionLock>(new ExecutionLock(descriptor));
 }
 
 ExecutionLock::~ExecutionLock() {

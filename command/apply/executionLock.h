@@ -1,6 +1,8 @@
 #ifndef COMMAND_APPLY_EXECUTIONLOCK_H
 #define COMMAND_APPLY_EXECUTIONLOCK_H
 
+#include <memory>
+
 namespace zamofw {
 
 // The lock under which one process at a time rebuilds the kernel's rules, the library's own. Held
@@ -8,6 +10,8 @@ namespace zamofw {
 class ExecutionLock {
   public:
     ExecutionLock();
+    // Null when it is not free within so many seconds.
+    [[nodiscard]] static std::unique_ptr<ExecutionLock> takenWithin(int seconds);
     ~ExecutionLock();
     ExecutionLock(const ExecutionLock&) = delete;
     ExecutionLock& operator=(const ExecutionLock&) = delete;
@@ -16,6 +20,8 @@ class ExecutionLock {
     [[nodiscard]] int descriptor() const { return descriptor_; }
 
   private:
+    explicit ExecutionLock(int descriptor) : descriptor_(descriptor) {}
+
     int descriptor_ = -1;
 };
 

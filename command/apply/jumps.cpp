@@ -11,10 +11,10 @@ std::vector<std::string> jumpsOf(const Hook& hook) {
 
 std::vector<std::size_t> jumpsThere(const Hook& hook, const SavedTable& table) {
     const std::vector<std::string> jumps = jumpsOf(hook);
-    const std::vector<SavedRule>& rules = rulesOf(table, hook.name);
+    const std::vector<std::string>& rules = rulesOf(table, hook.name);
     std::vector<std::size_t> places;
     for (std::size_t i = 0; i < rules.size(); ++i) {
-        if (std::find(jumps.begin(), jumps.end(), rules[i].text) != jumps.end()) {
+        if (std::find(jumps.begin(), jumps.end(), rules[i]) != jumps.end()) {
             places.push_back(i);
         }
     }

@@ -28,23 +28,21 @@ std::string chainLine(const std::string& chain) {
 
 // An input that makes the chains that programs have made in a table. They are empty, but those of
 // the firewall are called: some rules are refused for what calls their chain.
-std::string chainsThere(int family, const std::string& table) {
+std::string chainsInput(const std::string& table, const SavedTable& there) {
     std::string chains;
-    for (const char* const chain : kOurChains) {
-        chains += table == kFilterTable ? chainLine(chain) : "";
+    for (const auto& [chain, state] : there) {
+        const bool isOurs =
+            std::find(kOurChains.begin(), kOurChains.end(), chain) != kOurChains.end();
+        chains += state.policy == "-" && !(isOurs && table == kFilterTable) ? chainLine(chain) : "";
     }
-    // Of a table that is not there nothing is printed; what is wrong, its lines will tell.
-    const ProgramResult saved = runProgram({saveProgram(family), "-t", table});
-    for (const auto& [name, content] : parseTables(saved.output)) {
-        for (const auto& [chain, state] : content) {
-            const bool isOurs =
-                std::find(kOurChains.begin(), kOurChains.end(), chain) != kOurChains.end();
-            chains += state.policy == "-" && !isOurs ? chainLine(chain) : "";
+    if (table == kFilterTable) {
+        for (const char* const chain : kOurChains) {
+            chains += chainLine(chain);
         }
-    }
-    for (const Hook& hook : kHooks) {
-        for (const std::string& jump : jumpsOf(hook)) {
-            chains += table == kFilterTable ? jump + "\n" : "";
+        for (const Hook& hook : kHooks) {
+            for (const std::string& jump : jumpsOf(hook)) {
+                chains += jump + "\n";
+            }
         }
     }
     return "*" + table + "\n" + chains + "COMMIT\n";
@@ -67,9 +65,24 @@ std::vector<std::pair<std::size_t, std::string>> linesRefusedByKernel(const std:
     return refused;
 }
 
+// Of lists of addresses the programs make a rule for each combination.
+std::size_t rulesMadeOf(const std::string& line) {
+    std::size_t count = 1;
+    if (line.find(',') != std::string::npos) {
+        const std::vector<std::string> words = splitRule(line);
+        for (std::size_t i = 1; i < words.size(); ++i) {
+            if (words[i - 1] == "-s" || words[i - 1] == "-d") {
+                count *=
+                    static_cast<std::size_t>(std::count(words[i].begin(), words[i].end(), ',')) + 1;
+            }
+        }
+    }
+    return count;
+}
+
 }  // namespace
 
-Rehearsal::Rehearsal(const Plan& plan, int family) : family_(family) {
+Rehearsal::Rehearsal(const Plan& plan, int family, const SavedTables& there) : family_(family) {
     takeOutUnsayable(plan);
     text_ = restoreText(plan_, family);
     lines_ = linesOf(text_.text);
@@ -77,7 +90,7 @@ Rehearsal::Rehearsal(const Plan& plan, int family) : family_(family) {
     for (const std::string& line : lines_) {
         if (starts_with(line, "*")) {
             tables_.push_back(line.substr(1));
-            chainInputs_.push_back(chainsThere(family, tables_.back()));
+            chainInputs_.push_back(chainsInput(tables_.back(), tableOf(there, tables_.back())));
         }
     }
 }
@@ -103,8 +116,18 @@ void Rehearsal::takeOutUnsayable(const Plan& plan) {
     lines.erase(std::remove_if(lines.begin(), lines.end(), isUnsayable), lines.end());
 }
 
-const PlannedLine* Rehearsal::lineAt(std::uint64_t index) const {
-    return index > 0 && index <= text_.origins.size() ? text_.origins[index - 1] : nullptr;
+std::vector<const PlannedLine*> Rehearsal::plannedIn(const std::string& table,
+                                                     const std::string& chain) const {
+    std::vector<const PlannedLine*> lines;
+    bool isInTable = false;
+    for (std::size_t i = 0; i < lines_.size(); ++i) {
+        if (starts_with(lines_[i], "*")) {
+            isInTable = lines_[i].substr(1) == table;
+        } else if (isInTable && isRule(i) && !isOut_[i] && chainOfRule(lines_[i]) == chain) {
+            lines.insert(lines.end(), rulesMadeOf(lines_[i]), text_.origins[i]);
+        }
+    }
+    return lines;
 }
 
 void Rehearsal::prepare() const {
@@ -121,16 +144,13 @@ void Rehearsal::prepare() const {
 
 // The lines from `begin` to `end` that have not been refused. A table of which no line is left is
 // left out, since it may be the table that the kernel does not have.
-Rehearsal::Attempt Rehearsal::attempt(std::size_t begin, std::size_t end, Counters counters) const {
+Rehearsal::Attempt Rehearsal::attempt(std::size_t begin, std::size_t end) const {
     Attempt result;
     Attempt table;
     bool isNeeded = false;
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         if (isRule(i) && (isOut_[i] || i < begin || i >= end)) {
             continue;
-        }
-        if (isRule(i) && counters == Counters::kIndex) {
-            table.text += "[" + std::to_string(i + 1) + ":0] ";
         }
         table.text += lines_[i] + "\n";
         table.indices.push_back(i);
@@ -148,17 +168,14 @@ Rehearsal::Attempt Rehearsal::attempt(std::size_t begin, std::size_t end, Counte
     return result;
 }
 
-Program Rehearsal::start(const Attempt& attempt, Counters counters) const {
+Program Rehearsal::start(const Attempt& attempt) const {
     std::vector<std::string> command = {restoreProgram(family_), "--noflush", "-w", kLockSeconds};
-    if (counters == Counters::kIndex) {
-        command.emplace_back("--counters");
-    }
     const posix::Descriptor input = memoryFile(attempt.text);
     return Program(command, input.get(), -1, kNoLock);
 }
 
-Program Rehearsal::start(Counters counters) const {
-    return start(attempt(0, lines_.size(), counters), counters);
+Program Rehearsal::start() const {
+    return start(attempt(0, lines_.size()));
 }
 
 void Rehearsal::refuse(std::size_t index, const std::string& words) {
@@ -228,8 +245,7 @@ void Rehearsal::refuseWithin(const std::vector<std::size_t>& rules, const NoteRe
     if (rules.empty()) {
         return;
     }
-    const ProgramResult result =
-        start(attempt(rules.front(), rules.back() + 1, Counters::kNone), Counters::kNone).finish();
+    const ProgramResult result = start(attempt(rules.front(), rules.back() + 1)).finish();
     if (result.status == 0) {
         return;
     }
@@ -277,7 +293,7 @@ void Rehearsal::refuseSome(const Attempt& tried,
 // What is behind a refused line is tried without what is before it, so that the work stays in
 // proportion to the lines; at the end all lines that are left are tried together.
 void Rehearsal::findRefused(const ProgramResult& failure, const NoteRefused& note) {
-    Attempt tried = attempt(0, lines_.size(), Counters::kNone);
+    Attempt tried = attempt(0, lines_.size());
     ProgramResult result = failure;
     std::size_t begin = 0;
     while (result.status != 0 || begin != 0) {
@@ -289,8 +305,8 @@ void Rehearsal::findRefused(const ProgramResult& failure, const NoteRefused& not
                 note(unsayable_.size() + refused_.size());
             }
         }
-        tried = attempt(begin, lines_.size(), Counters::kNone);
-        result = start(tried, Counters::kNone).finish();
+        tried = attempt(begin, lines_.size());
+        result = start(tried).finish();
     }
 }
 
@@ -313,14 +329,15 @@ void requireEntered(const ScratchNetwork& network) {
 }
 
 std::vector<Refusal> rehearse(const Plan& plan, const NoteRefused& note) {
-    Rehearsal v4(plan, 4);
-    Rehearsal v6(plan, 6);
+    const SavedFamilies there = savedFamilies();
+    Rehearsal v4(plan, 4, there.v4);
+    Rehearsal v6(plan, 6, there.v6);
     const ScratchNetwork network;
     requireEntered(network);
     v4.prepare();
     v6.prepare();
-    Program first = v4.start(Rehearsal::Counters::kNone);
-    Program second = v6.start(Rehearsal::Counters::kNone);
+    Program first = v4.start();
+    Program second = v6.start();
     const ProgramResult result4 = first.finish();
     const ProgramResult result6 = second.finish();
     v4.findRefused(result4, note);

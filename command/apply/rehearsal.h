@@ -19,24 +19,20 @@ namespace zamofw {
 // Told after each refused line how many there are so far.
 using NoteRefused = std::function<void(std::size_t)>;
 
-// The lines of one family, and the chains that they will meet. It is made outside the scratch
-// network, because it asks the real packet filter for its chains; the rest happens inside.
+// The lines of one family, and the chains that they will meet: those that are there already. All
+// that is done with it, is done in the scratch network.
 class Rehearsal {
   public:
     // Lines that no input can say count as refused.
-    Rehearsal(const Plan& plan, int family);
+    Rehearsal(const Plan& plan, int family, const SavedTables& there);
     ~Rehearsal() = default;
     Rehearsal(const Rehearsal&) = delete;
     Rehearsal& operator=(const Rehearsal&) = delete;
 
-    // The lines are put in with these counters: packets is the index of the line among the lines
-    // of restoreText(), from 1. The kernel then tells which line a rule came from.
-    enum class Counters { kNone, kIndex };
-
     // Makes the chains, empty. Throws Failure when the program cannot work here.
     void prepare() const;
     // Starts to put all lines in that have not been refused.
-    [[nodiscard]] Program start(Counters counters) const;
+    [[nodiscard]] Program start() const;
     // The refused lines are taken out, so that another start succeeds. Throws Failure when the
     // program fails for another reason.
     void findRefused(const ProgramResult& failure, const NoteRefused& note);
@@ -44,9 +40,10 @@ class Rehearsal {
     [[nodiscard]] int family() const { return family_; }
     // In the order of the lines.
     [[nodiscard]] std::vector<Refusal> refused() const;
-    [[nodiscard]] const std::vector<std::string>& tables() const { return tables_; }
-    // Null when there is no line with this index, counted from 1.
-    [[nodiscard]] const PlannedLine* lineAt(std::uint64_t index) const;
+    // The lines of a chain that have not been refused, once for each rule that the program makes
+    // of them.
+    [[nodiscard]] std::vector<const PlannedLine*> plannedIn(const std::string& table,
+                                                            const std::string& chain) const;
 
   private:
     struct Attempt {
@@ -56,8 +53,8 @@ class Rehearsal {
 
     void takeOutUnsayable(const Plan& plan);
     [[nodiscard]] bool isRule(std::size_t index) const { return text_.origins[index] != nullptr; }
-    [[nodiscard]] Attempt attempt(std::size_t begin, std::size_t end, Counters counters) const;
-    [[nodiscard]] Program start(const Attempt& attempt, Counters counters) const;
+    [[nodiscard]] Attempt attempt(std::size_t begin, std::size_t end) const;
+    [[nodiscard]] Program start(const Attempt& attempt) const;
     void refuse(std::size_t index, const std::string& words);
     void refuseSome(const Attempt& tried,
                     const ProgramResult& failure,

@@ -1,9 +1,13 @@
 #include "command/apply/savedTable.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <sstream>
 #include <utility>
+
+#include "command/apply/program.h"
+#include "command/apply/programs.h"
+#include "command/apply/restoreError.h"
+#include "command/console.h"
 
 namespace zamofw {
 namespace {
@@ -23,22 +27,36 @@ void addChain(const std::string& line, SavedTable& table) {
     }
 }
 
-// "-A INPUT ..." or "[1:60] -A INPUT ..."
-void addRule(const std::string& line, SavedTable& table) {
-    SavedRule rule;
-    std::size_t begin = 0;
-    if (startsWith(line, "[")) {
-        rule.packets = std::strtoull(line.c_str() + 1, nullptr, 10);
-        begin = line.find("] ");
-        begin = begin == std::string::npos ? line.size() : begin + 2;
+SavedTables tablesIn(int family, const ProgramResult& result) {
+    constexpr const char* kForeign = "# Table `filter' is incompatible, use 'nft' tool.";
+    if (result.output.find(kForeign) != std::string::npos) {
+        failed(
+            saveProgram(family) +
+                " cannot list the filter table: somebody has put rules into it "
+                "that only the program nft understands",
+            "`nft list table " + std::string(family == 4 ? "ip" : "ip6") + " filter` shows them");
     }
-    rule.text = line.substr(begin);
-    if (startsWith(rule.text, kAppend)) {
-        table[std::string(chainOfRule(rule.text))].rules.push_back(std::move(rule));
+    if (result.status != 0) {
+        failedProgram(family, saveProgram(family), result);
     }
+    return parseTables(result.output);
 }
 
 }  // namespace
+
+SavedFamilies savedFamilies() {
+    Program first({saveProgram(4)});
+    Program second({saveProgram(6)});
+    const ProgramResult v4 = first.finish();
+    const ProgramResult v6 = second.finish();
+    return {tablesIn(4, v4), tablesIn(6, v6)};
+}
+
+const SavedTable& tableOf(const SavedTables& tables, const std::string& name) {
+    static const SavedTable kNone;
+    const auto found = tables.find(name);
+    return found == tables.end() ? kNone : found->second;
+}
 
 SavedTables parseTables(const std::string& text) {
     SavedTables tables;
@@ -49,15 +67,15 @@ SavedTables parseTables(const std::string& text) {
             table = &tables[line.substr(1)];
         } else if (table != nullptr && startsWith(line, ":")) {
             addChain(line, *table);
-        } else if (table != nullptr) {
-            addRule(line, *table);
+        } else if (table != nullptr && startsWith(line, kAppend)) {
+            (*table)[std::string(chainOfRule(line))].rules.push_back(line);
         }
     }
     return tables;
 }
 
-const std::vector<SavedRule>& rulesOf(const SavedTable& table, const std::string& chain) {
-    static const std::vector<SavedRule> kNone;
+const std::vector<std::string>& rulesOf(const SavedTable& table, const std::string& chain) {
+    static const std::vector<std::string> kNone;
     const auto found = table.find(chain);
     return found == table.end() ? kNone : found->second.rules;
 }

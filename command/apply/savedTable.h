@@ -2,7 +2,6 @@
 #ifndef COMMAND_APPLY_SAVEDTABLE_H
 #define COMMAND_APPLY_SAVEDTABLE_H
 
-#include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
@@ -12,14 +11,9 @@ namespace zamofw {
 
 constexpr const char* kFilterTable = "filter";
 
-struct SavedRule {
-    std::string text;           // "-A CHAIN ...", without the counters
-    std::uint64_t packets = 0;  // as counted, where the counters were asked for
-};
-
 struct SavedChain {
-    std::string policy;  // "-" for a chain that is not built in
-    std::vector<SavedRule> rules;
+    std::string policy;              // "-" for a chain that is not built in
+    std::vector<std::string> rules;  // "-A CHAIN ..."
 };
 
 using SavedTable = std::map<std::string, SavedChain>;   // by the chain's name
@@ -27,9 +21,19 @@ using SavedTables = std::map<std::string, SavedTable>;  // by the table's name
 
 [[nodiscard]] SavedTables parseTables(const std::string& text);
 
+// Both families, each with the tables that are in use. Throws Failure when they cannot be listed.
+struct SavedFamilies {
+    SavedTables v4;
+    SavedTables v6;
+};
+[[nodiscard]] SavedFamilies savedFamilies();
+
+// The table of this name; an empty one when it is not there.
+[[nodiscard]] const SavedTable& tableOf(const SavedTables& tables, const std::string& name);
+
 // The rules of a chain; none when it is not there.
-[[nodiscard]] const std::vector<SavedRule>& rulesOf(const SavedTable& table,
-                                                    const std::string& chain);
+[[nodiscard]] const std::vector<std::string>& rulesOf(const SavedTable& table,
+                                                      const std::string& chain);
 
 // The chain that a rule's line is about: the word after "-A ".
 [[nodiscard]] std::string_view chainOfRule(std::string_view rule);

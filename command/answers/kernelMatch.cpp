@@ -1,0 +1,42 @@
+#include "command/answers/kernelMatch.h"
+
+#include "command/answers/profileInForce.h"
+#include "command/apply/executionLock.h"
+#include "command/apply/lockHolders.h"
+#include "command/document/target.h"
+#include "library/model/names.h"
+
+namespace zamofw {
+
+ShouldBe shouldBe() {
+    ShouldBe expected;
+    expected.isEnabled = isFirewallEnabled();
+    if (expected.isEnabled) {
+        const Target profile = readTarget({});
+        expected.plan = planProfile(profileOf(profile));
+        expected.plan.profile = profile.name;
+    } else {
+        expected.plan.profile = profileNameInForce();
+    }
+    return expected;
+}
+
+KernelMatch kernelMatch(int secondsForReload) {
+    KernelMatch match;
+    match.expected = shouldBe();
+    match.differences = differencesTo(match.expected.plan);
+    if (match.differences.empty()) {
+        return match;
+    }
+    const auto lock = ExecutionLock::takenWithin(secondsForReload);
+    if (lock == nullptr) {
+        match.reload =
+            "another program holds the lock of a reload" + lockHolders(FW::kExecutionLockFile);
+        return match;
+    }
+    match.expected = shouldBe();
+    match.differences = differencesTo(match.expected.plan);
+    return match;
+}
+
+}  // namespace zamofw
