@@ -1,5 +1,6 @@
 // The words of the commands that compare the kernel with what is stored.
 
+#include "command/answers/doctorAnswer.h"
 #include "command/answers/rehearseAnswer.h"
 #include "command/answers/verifyAnswer.h"
 #include "command/commandLineOptions.h"
@@ -20,6 +21,12 @@ Answer verify(CLI::App&, const Words&) {
     return verifyAnswer;
 }
 
+Answer doctor(CLI::App& app, const Words&) {
+    const auto repair = std::make_shared<bool>(false);
+    app.add_flag("--repair", *repair, "mend what needs nobody's decision");
+    return [repair](const Console& console) { return doctorAnswer(console, *repair); };
+}
+
 }  // namespace
 
 Commands kernelCommands() {
@@ -30,6 +37,11 @@ Commands kernelCommands() {
          rehearse,
          nullptr},
         {"verify", "", "whether the kernel holds what the profile says", verify, nullptr},
+        {"doctor",
+         "[--repair]",
+         "what a crash or another program has left behind",
+         doctor,
+         nullptr},
     };
 }
 

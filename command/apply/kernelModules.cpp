@@ -6,22 +6,42 @@
 namespace zamofw {
 namespace {
 
-// The name in the note of loaded modules: the library's own.
-constexpr const char* kOwner = "firewall";
+using Modules = FW::ZAMO_IPTABLES_MODULES;
+
+// Those that the library loads beside the core modules.
+const std::vector<std::string>& extraModules() {
+    static const std::vector<std::string> kFiles = {
+        "compat_xtables.ko", "xt_geoip.ko", "xt_mac.ko"};
+    return kFiles;
+}
 
 }  // namespace
 
 void loadKernelModules() {
-    using Modules = FW::ZAMO_IPTABLES_MODULES;
-    if (Modules::isModuleLoad(kOwner)) {
-        return;
+    if (!Modules::isModuleLoad(kModuleOwner)) {
+        loadKernelModulesAgain();
     }
-    if (!Modules::iptablesCoreModLoad(kOwner) ||
-        !Modules::moduleInsert(kOwner, {"compat_xtables.ko", "xt_geoip.ko", "xt_mac.ko"})) {
+}
+
+void loadKernelModulesAgain() {
+    if (!Modules::iptablesCoreModLoad(kModuleOwner) ||
+        !Modules::moduleInsert(kModuleOwner, extraModules())) {
         failed("the kernel modules of the packet filter could not be loaded",
                "see that /usr/zamo/etc.defaults/iptables_modules_list is there and names modules "
                "of this kernel; the system log has a line for each that failed");
     }
+}
+
+std::vector<std::string> firewallModules() {
+    std::vector<std::string> files;
+    if (!Modules::coreCommonModuleLoad(files)) {
+        failed(
+            "the list of the kernel modules, /usr/zamo/etc.defaults/iptables_modules_list, "
+            "cannot be read",
+            "install the package again");
+    }
+    files.insert(files.end(), extraModules().begin(), extraModules().end());
+    return files;
 }
 
 }  // namespace zamofw

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <fstream>
 #include <memory>
@@ -31,15 +32,23 @@ std::vector<std::string> entriesOf(const std::string& directory) {
     return names;
 }
 
+// The numbers under which a process has this file open.
+std::vector<std::string> openNumbers(const std::string& process, const struct stat& file) {
+    std::vector<std::string> numbers;
+    for (const std::string& number : entriesOf("/proc/" + process + "/fd")) {
+        struct stat open = {};
+        if (stat(("/proc/" + process + "/fd/" + number).c_str(), &open) == 0 &&
+            open.st_ino == file.st_ino && open.st_dev == file.st_dev) {
+            numbers.push_back(number);
+        }
+    }
+    return numbers;
+}
+
 // Whether an open file of the process bears a lock on this file. /proc/locks does not serve: it
 // names the process that took the lock, and no process at all for some kinds of locks.
 bool holdsLock(const std::string& process, const struct stat& file) {
-    for (const std::string& number : entriesOf("/proc/" + process + "/fd")) {
-        struct stat open = {};
-        if (stat(("/proc/" + process + "/fd/" + number).c_str(), &open) != 0 ||
-            open.st_ino != file.st_ino || open.st_dev != file.st_dev) {
-            continue;
-        }
+    for (const std::string& number : openNumbers(process, file)) {
         std::ifstream facts("/proc/" + process + "/fdinfo/" + number);
         for (std::string line; std::getline(facts, line);) {
             if (line.compare(0, 5, "lock:") == 0) {
@@ -50,6 +59,17 @@ bool holdsLock(const std::string& process, const struct stat& file) {
     return false;
 }
 
+std::vector<std::string> otherProcesses() {
+    std::vector<std::string> processes;
+    for (const std::string& process : entriesOf("/proc")) {
+        if (std::isdigit(static_cast<unsigned char>(process.front())) != 0 &&
+            process != std::to_string(getpid())) {
+            processes.push_back(process);
+        }
+    }
+    return processes;
+}
+
 }  // namespace
 
 std::string lockHolders(const std::string& path) {
@@ -58,14 +78,24 @@ std::string lockHolders(const std::string& path) {
         return "";
     }
     std::string holders;
-    for (const std::string& process : entriesOf("/proc")) {
-        if (std::isdigit(static_cast<unsigned char>(process.front())) != 0 &&
-            process != std::to_string(getpid()) && holdsLock(process, file)) {
+    for (const std::string& process : otherProcesses()) {
+        if (holdsLock(process, file)) {
             holders +=
                 (holders.empty() ? " (held by " : ", ") + nameOf(process) + ", process " + process;
         }
     }
     return holders.empty() ? "" : holders + ")";
+}
+
+bool isOpenElsewhere(const std::string& path) {
+    struct stat file = {};
+    if (stat(path.c_str(), &file) != 0) {
+        return false;
+    }
+    const std::vector<std::string> processes = otherProcesses();
+    return std::any_of(processes.begin(), processes.end(), [&file](const std::string& process) {
+        return !openNumbers(process, file).empty();
+    });
 }
 
 }  // namespace zamofw

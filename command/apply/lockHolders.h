@@ -1,4 +1,4 @@
-// Who holds a lock, for messages.
+// Who has a file open, and who holds a lock on it.
 #ifndef COMMAND_APPLY_LOCKHOLDERS_H
 #define COMMAND_APPLY_LOCKHOLDERS_H
 
@@ -8,6 +8,9 @@ namespace zamofw {
 
 // " (held by ip6tables, process 4711)", or an empty text when the kernel does not tell.
 [[nodiscard]] std::string lockHolders(const std::string& path);
+
+// Whether another process has the file open.
+[[nodiscard]] bool isOpenElsewhere(const std::string& path);
 
 }  // namespace zamofw
 

@@ -75,6 +75,6 @@ INSTANTIATE_TEST_SUITE_P(All, CommandSession,
                                          "check", "meaning"));
 
 // What the kernel holds. These run with both variants of iptables.
-INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession, testing::Values("rehearse", "verify"));
+INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession, testing::Values("rehearse", "verify", "doctor"));
 
 }  // namespace
