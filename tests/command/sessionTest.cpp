@@ -71,8 +71,8 @@ TEST_P(CommandSession, goesAsWritten) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CommandSession,
-                         testing::Values("wrongWords", "profiles", "history", "catalogue",
-                                         "check", "meaning"));
+                         testing::Values("wrongWords", "profiles", "history", "catalogue", "check",
+                                         "meaning"));
 
 // What the kernel holds. These run with both variants of iptables.
 INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession, testing::Values("rehearse", "verify", "doctor"));
