@@ -36,7 +36,8 @@ Commands allCommands() {
                                  catalogueCommands,
                                  inspectionCommands,
                                  kernelCommands,
-                                 historyCommands}) {
+                                 historyCommands,
+                                 trialCommands}) {
         const Commands part = commands();
         all.insert(all.end(), part.begin(), part.end());
     }

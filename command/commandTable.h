@@ -37,6 +37,7 @@ using Commands = std::vector<Command>;
 [[nodiscard]] Commands inspectionCommands();
 [[nodiscard]] Commands kernelCommands();
 [[nodiscard]] Commands historyCommands();
+[[nodiscard]] Commands trialCommands();
 
 }  // namespace zamofw
 

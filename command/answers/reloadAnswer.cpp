@@ -11,6 +11,7 @@
 #include "command/answers/refusalText.h"
 #include "command/apply/kernelModules.h"
 #include "command/apply/kernelState.h"
+#include "command/apply/startNote.h"
 #include "command/history/change.h"
 #include "command/plan/plan.h"
 #include "zamofirewall/controller.h"
@@ -98,6 +99,8 @@ InForce reloadSequentially(const Console& console, Errors errors) {
                              ? "the reload failed"
                              : "the reload failed, and the firewall has been switched off");
     }
+    keepRules(plan);
+    dropStartNote();
     result.outcome.applied = true;
     result.outcome.lines = plan.v4.size() + plan.v6.size();
     result.outcome.milliseconds =
@@ -149,6 +152,10 @@ InForce putIntoForce(const Console& console, Errors errors) {
     requireRoot(kWhat);
     // All of it under the lock, so that of two reloads the later one has the later profile.
     const ExecutionLock lock;
+    return putIntoForce(console, errors, lock);
+}
+
+InForce putIntoForce(const Console& console, Errors errors, const ExecutionLock& lock) {
     const Target profile = readTarget({});
     InForce result = {profile.name, isFirewallEnabled(), {}};
     if (!result.isEnabled) {
@@ -159,6 +166,9 @@ InForce putIntoForce(const Console& console, Errors errors) {
     const Plan plan = planOf(profile);
     showProgress(console, plan);
     result.outcome = applyPlan(plan, lock);
+    if (result.outcome.applied) {
+        dropStartNote();
+    }
     flushIfDisabledMeanwhile(result);
     return result;
 }

@@ -28,6 +28,11 @@ struct InForce {
 // kFailed when nothing could be tried.
 [[nodiscard]] InForce putIntoForce(const Console& console, Errors errors);
 
+// The same for a caller that holds the lock already.
+[[nodiscard]] InForce putIntoForce(const Console& console,
+                                   Errors errors,
+                                   const ExecutionLock& lock);
+
 // Answers {"applied":B,"profile":S,"lines":N,"milliseconds":N,"refused":[...]}, or the same as
 // text. kFailed when a line was refused.
 [[nodiscard]] Status showInForce(const Console& console, const InForce& result);

@@ -13,6 +13,7 @@
 #include "command/answers/kernelMatch.h"
 #include "command/answers/table.h"
 #include "command/apply/kernelState.h"
+#include "command/apply/startNote.h"
 #include "command/document/storedProfile.h"
 #include "command/document/textFile.h"
 #include "library/model/names.h"
@@ -106,6 +107,16 @@ Kernel askKernel(bool mayAsk) try {
     return {"unknown", reason.substr(0, reason.find('\n'))};
 }
 
+std::string startText(const StartNote& start) {
+    return (start.hasLastRules
+                ? "LAST RULES: the start at " + start.time +
+                      " could not put the stored rules into force; the last ones that were in force "
+                      "still are"
+                : "OPEN: the start at " + start.time +
+                      " could not put the stored rules into force, and no others took their place") +
+           "\n  " + start.cause + "\n  find the cause, then run `zamofw reload`\n";
+}
+
 }  // namespace
 
 Status statusAnswer(const Console& console) {
@@ -115,6 +126,7 @@ Status statusAnswer(const Console& console) {
     const Kernel kernel = askKernel(mayAsk);
     const Policies v4 = mayAsk ? kernelPolicies(4) : Policies();
     const Policies v6 = mayAsk ? kernelPolicies(6) : Policies();
+    const std::optional<StartNote> start = readStartNote();
     if (console.json) {
         Json::Value document;
         document["enabled"] = settings.isEnabled;
@@ -124,6 +136,11 @@ Status statusAnswer(const Console& console) {
         document["policies"]["v4"] = policiesJson(v4);
         document["policies"]["v6"] = policiesJson(v6);
         document["trial"] = Json::Value();
+        if (start) {
+            document["start"]["time"] = start->time;
+            document["start"]["in_force"] = start->hasLastRules ? "last" : "none";
+            document["start"]["cause"] = start->cause;
+        }
         console.out << jsonLine(document) << "\n";
         return Status::kDone;
     }
@@ -137,6 +154,9 @@ Status statusAnswer(const Console& console) {
         console.out
             << "the door is closed: a reload is under way, or one was killed; `zamofw reload` "
                "opens it\n";
+    }
+    if (start) {
+        console.out << startText(*start);
     }
     return Status::kDone;
 }

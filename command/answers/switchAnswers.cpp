@@ -5,7 +5,9 @@
 #include "command/answers/changeAnswer.h"
 #include "command/answers/profileInForce.h"
 #include "command/answers/refusalText.h"
+#include "command/apply/keptRules.h"
 #include "command/apply/kernelState.h"
+#include "command/apply/startNote.h"
 #include "command/history/change.h"
 #include "command/plan/plan.h"
 #include "zamofirewall/controller.h"
@@ -40,6 +42,8 @@ Status enableAnswer(const Console& console, const std::vector<std::string>& give
                                                    "could not be put into force"
                                                  : "the firewall could not be switched on");
         }
+        keepRules(planProfile(profileOf(profile)));
+        dropStartNote();
         answerChange(console,
                      !wasEnabled,
                      "the firewall is enabled, with the profile `" + profile.name + "`");
@@ -57,6 +61,8 @@ Status disableAnswer(const Console& console, const std::vector<std::string>& giv
                 "switched off",
                 "see that /usr/zamo/etc/firewall.d/ can be written to");
         }
+        dropKeptRules();
+        dropStartNote();
         answerChange(console, wasEnabled, "the firewall is disabled");
         return Status::kDone;
     });

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "command/apply/programs.h"
 #include "command/apply/refusal.h"
@@ -37,8 +38,8 @@ std::string padding(int pipe) {
 
 }  // namespace
 
-Restore::Restore(const Plan& plan, int family, const ExecutionLock& lock)
-    : family_(family), lock_(lock), text_(restoreText(plan, family)) {}
+Restore::Restore(RestoreText text, int family, const ExecutionLock& lock)
+    : family_(family), lock_(lock), text_(std::move(text)) {}
 
 bool Restore::hasOneTable() const {
     return text().find("\nCOMMIT\n") + sizeof "\nCOMMIT" == text().size();

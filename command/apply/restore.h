@@ -19,7 +19,7 @@ enum class XtablesLock {
 
 class Restore {
   public:
-    Restore(const Plan& plan, int family, const ExecutionLock& lock);
+    Restore(RestoreText text, int family, const ExecutionLock& lock);
 
     [[nodiscard]] int family() const { return family_; }
     [[nodiscard]] const std::string& text() const { return text_.text; }

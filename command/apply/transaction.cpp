@@ -2,8 +2,10 @@
 
 #include <json/value.h>
 
+#include <algorithm>
 #include <chrono>
 
+#include "command/apply/keptRules.h"
 #include "command/apply/kernelState.h"
 #include "command/apply/programs.h"
 #include "command/apply/restore.h"
@@ -40,6 +42,18 @@ void putBack(int family, const SavedChains& saved, const ExecutionLock& lock) {
     }
 }
 
+// What becomes of the input once its rules are in force.
+enum class Input { kKept, kForgotten };
+
+struct Transaction {
+    const Restore& v4;
+    const Restore& v6;
+    const ExecutionLock& lock;
+    Input input;
+
+    [[nodiscard]] RestoreInputs inputs() const { return {v4.text(), v6.text()}; }
+};
+
 struct Results {
     ProgramResult first;
     std::optional<ProgramResult> second;
@@ -58,7 +72,8 @@ ProgramResult commitSecond(const Restore& second, WaitingRestore* waiting) {
 Results commitBoth(const Restore& first,
                    const Restore& second,
                    WaitingRestore* waiting,
-                   const ExecutionLock& lock) {
+                   const Transaction& transaction) {
+    const ExecutionLock& lock = transaction.lock;
     const SavedChains savedFirst(first.family());
     std::optional<SavedChains> savedSecond;
     if (!second.hasOneTable()) {
@@ -84,15 +99,18 @@ Results commitBoth(const Restore& first,
     if (second.mayBeCommitted(*results.second) && savedSecond) {
         putBack(second.family(), *savedSecond, lock);
     }
+    if (results.second->status == 0 && transaction.input == Input::kKept) {
+        keepRules(transaction.inputs());
+    }
     return results;
 }
 
 void commit(const Restore& first,
             const Restore& second,
             WaitingRestore* waiting,
-            const ExecutionLock& lock,
+            const Transaction& transaction,
             Outcome& outcome) {
-    const Results results = commitBoth(first, second, waiting, lock);
+    const Results results = commitBoth(first, second, waiting, transaction);
     outcome.applied =
         first.isTaken(results.first, outcome) && second.isTaken(*results.second, outcome);
 }
@@ -102,14 +120,14 @@ void commit(const Restore& first,
 // and their lines are parsed once. False when this is not possible; nothing is changed then.
 bool tryInOneGo(const Restore& first,
                 const Restore& second,
-                const ExecutionLock& lock,
+                const Transaction& transaction,
                 Outcome& outcome) {
     if (!first.hasOneTable() || !second.hasOneTable()) {
         return false;
     }
     WaitingRestore waiting(second);
     if (waiting.isWaiting()) {
-        commit(first, second, &waiting, lock, outcome);
+        commit(first, second, &waiting, transaction, outcome);
         return true;
     }
     // Without the lock, a test would wait just as long for nothing.
@@ -117,14 +135,16 @@ bool tryInOneGo(const Restore& first,
     return false;
 }
 
-Outcome apply(const Restore& v4, const Restore& v6, const ExecutionLock& lock) {
+Outcome apply(const Transaction& transaction) {
+    const Restore& v4 = transaction.v4;
+    const Restore& v6 = transaction.v6;
     // The rules of the first are saved, which takes the longer the more they are.
     const bool isV6First = v6.text().size() < v4.text().size();
     const Restore& first = isV6First ? v6 : v4;
     const Restore& second = isV6First ? v4 : v6;
     Outcome outcome;
-    if (!tryInOneGo(first, second, lock, outcome) && areBothTaken(v4, v6, outcome)) {
-        commit(first, second, nullptr, lock, outcome);
+    if (!tryInOneGo(first, second, transaction, outcome) && areBothTaken(v4, v6, outcome)) {
+        commit(first, second, nullptr, transaction, outcome);
     }
     return outcome;
 }
@@ -164,6 +184,28 @@ Outcome fromJson(const Json::Value& json) {
     return outcome;
 }
 
+Outcome timed(const Restore& v4, const Restore& v6, const ExecutionLock& lock, Input input) {
+    const Clock::time_point begin = Clock::now();
+    const Transaction transaction = {v4, v6, lock, input};
+    Outcome outcome = fromJson(inSeparateProcess([&] { return toJson(apply(transaction)); }));
+    outcome.milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
+    return outcome;
+}
+
+Outcome applied(const Plan& plan, const ExecutionLock& lock, Input input) {
+    const Restore v4(restoreText(plan, 4), 4, lock);
+    const Restore v6(restoreText(plan, 6), 6, lock);
+    Outcome outcome = timed(v4, v6, lock, input);
+    outcome.lines = plan.v4.size() + plan.v6.size();
+    return outcome;
+}
+
+RestoreText withoutOrigins(const std::string& text) {
+    const auto lines = std::count(text.begin(), text.end(), '\n');
+    return {text, std::vector<const PlannedLine*>(static_cast<std::size_t>(lines), nullptr)};
+}
+
 }  // namespace
 
 Outcome applyPlan(const Plan& plan) {
@@ -172,14 +214,17 @@ Outcome applyPlan(const Plan& plan) {
 }
 
 Outcome applyPlan(const Plan& plan, const ExecutionLock& lock) {
-    const Clock::time_point begin = Clock::now();
-    const Restore v4(plan, 4, lock);
-    const Restore v6(plan, 6, lock);
-    Outcome outcome = fromJson(inSeparateProcess([&] { return toJson(apply(v4, v6, lock)); }));
-    outcome.lines = plan.v4.size() + plan.v6.size();
-    outcome.milliseconds =
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
-    return outcome;
+    return applied(plan, lock, Input::kKept);
+}
+
+Outcome applyForNow(const Plan& plan, const ExecutionLock& lock) {
+    return applied(plan, lock, Input::kForgotten);
+}
+
+Outcome applyInputs(const RestoreInputs& inputs, const ExecutionLock& lock) {
+    const Restore v4(withoutOrigins(inputs.v4), 4, lock);
+    const Restore v6(withoutOrigins(inputs.v6), 6, lock);
+    return timed(v4, v6, lock, Input::kForgotten);
 }
 
 }  // namespace zamofw

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "command/apply/executionLock.h"
+#include "command/apply/keptRules.h"
 #include "command/plan/plannedLine.h"
 
 namespace zamofw {
@@ -38,6 +39,12 @@ struct Outcome {
 // The same for a caller that holds the lock already, so that the plan is that of the profile as it
 // is now and not as it was before another reload.
 [[nodiscard]] Outcome applyPlan(const Plan& plan, const ExecutionLock& lock);
+
+// The same for rules that shall not become those that a later start falls back to.
+[[nodiscard]] Outcome applyForNow(const Plan& plan, const ExecutionLock& lock);
+
+// The same for input that was made before. It is not known which rule a line comes from.
+[[nodiscard]] Outcome applyInputs(const RestoreInputs& inputs, const ExecutionLock& lock);
 
 }  // namespace zamofw
 

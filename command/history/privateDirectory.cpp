@@ -2,14 +2,19 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
+
+#include "posix/file.h"
 
 namespace zamofw {
 namespace {
 
 constexpr mode_t kDirectoryMode = 0700;
 constexpr mode_t kFileMode = 0600;
+constexpr off_t kLargestFile = off_t{64} << 20U;
 
 // Whether it is root's own, and of the type.
 bool isOurs(int fd, mode_t type) {
@@ -50,6 +55,45 @@ posix::Descriptor openPrivateFile(const posix::Descriptor& directory,
                                   int flags) {
     // Without blocking, so that a pipe of that name cannot hold the call up.
     return openAt(directory.get(), name.c_str(), flags | O_NONBLOCK | O_NOCTTY, kFileMode, S_IFREG);
+}
+
+bool replacePrivateFile(const posix::Descriptor& directory,
+                        const std::string& name,
+                        std::string_view text) {
+    const std::string temporary = name + ".tmp";
+    posix::Descriptor file = openPrivateFile(directory, temporary, O_WRONLY | O_CREAT | O_TRUNC);
+    return file && posix::writeWhole(file.get(), text) && file.close() &&
+           renameat(directory.get(), temporary.c_str(), directory.get(), name.c_str()) == 0;
+}
+
+std::optional<std::string> readPrivateFile(const posix::Descriptor& directory,
+                                           const std::string& name) {
+    const posix::Descriptor file = openPrivateFile(directory, name, O_RDONLY);
+    struct stat status = {};
+    if (!file || fstat(file.get(), &status) != 0) {
+        return std::nullopt;
+    }
+    if (status.st_size > kLargestFile) {
+        errno = EFBIG;
+        return std::nullopt;
+    }
+    std::string text(static_cast<std::size_t>(status.st_size), '\0');
+    for (std::size_t done = 0; done < text.size();) {
+        const ssize_t count = read(file.get(), &text[done], text.size() - done);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            errno = count == 0 ? EIO : errno;
+            return std::nullopt;
+        }
+        done += static_cast<std::size_t>(count);
+    }
+    return text;
+}
+
+bool removePrivateFile(const posix::Descriptor& directory, const std::string& name) {
+    return unlinkat(directory.get(), name.c_str(), 0) == 0 || errno == ENOENT;
 }
 
 }  // namespace zamofw

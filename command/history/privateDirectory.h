@@ -3,7 +3,9 @@
 #define COMMAND_HISTORY_PRIVATEDIRECTORY_H
 
 #include <initializer_list>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "posix/descriptor.h"
 
@@ -19,6 +21,21 @@ namespace zamofw {
 [[nodiscard]] posix::Descriptor openPrivateFile(const posix::Descriptor& directory,
                                                 const std::string& name,
                                                 int flags);
+
+// Puts a file with this text in the place of the one of that name, whole or not at all: a reader
+// finds the old text or the new one. A kill may leave NAME.tmp, which the next call overwrites.
+// False, with errno set, on failure.
+[[nodiscard]] bool replacePrivateFile(const posix::Descriptor& directory,
+                                      const std::string& name,
+                                      std::string_view text);
+
+// The text of root's own plain file. None, with errno set, when it is not there, cannot be read or
+// is larger than any that we write.
+[[nodiscard]] std::optional<std::string> readPrivateFile(const posix::Descriptor& directory,
+                                                         const std::string& name);
+
+// False, with errno set, unless it is gone afterwards.
+[[nodiscard]] bool removePrivateFile(const posix::Descriptor& directory, const std::string& name);
 
 }  // namespace zamofw
 

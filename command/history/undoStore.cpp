@@ -1,13 +1,11 @@
 #include "command/history/undoStore.h"
 
-#include <fcntl.h>
 #include <json/reader.h>
 #include <json/writer.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 
@@ -16,7 +14,6 @@
 #include "command/history/configuration.h"
 #include "command/history/privateDirectory.h"
 #include "command/words/values.h"
-#include "posix/file.h"
 
 namespace zamofw {
 namespace {
@@ -25,7 +22,6 @@ constexpr std::size_t kMostSnapshots = 20;
 constexpr const char* kBase = "/var/lib";
 constexpr const char* kPath = "/var/lib/zamofw/undo/";
 constexpr const char* kExtension = ".json";
-constexpr const char* kTemporary = "new.tmp";
 constexpr unsigned long kLargestNumber = 1000000000000;
 
 posix::Descriptor openStore() {
@@ -63,13 +59,6 @@ std::string textOf(const Snapshot& snapshot) {
     return Json::FastWriter().write(json);
 }
 
-// Whole or not at all: what a kill leaves behind is overwritten by the next one.
-bool writeFile(const posix::Descriptor& store, const std::string& name, const std::string& text) {
-    posix::Descriptor file = openPrivateFile(store, kTemporary, O_WRONLY | O_CREAT | O_TRUNC);
-    return file && posix::writeWhole(file.get(), text) && file.close() &&
-           renameat(store.get(), kTemporary, store.get(), name.c_str()) == 0;
-}
-
 bool parse(const std::string& text, Snapshot& snapshot) {
     try {
         Json::Value json;
@@ -97,7 +86,7 @@ bool keepSnapshot(Snapshot& snapshot) {
     }
     const std::vector<std::uint64_t> kept = numbers();
     snapshot.number = kept.empty() ? 1 : kept.back() + 1;
-    return writeFile(store, fileName(snapshot.number), textOf(snapshot));
+    return replacePrivateFile(store, fileName(snapshot.number), textOf(snapshot));
 }
 
 void dropOldSnapshots() {

@@ -77,4 +77,7 @@ INSTANTIATE_TEST_SUITE_P(All, CommandSession,
 // What the kernel holds. These run with both variants of iptables.
 INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession, testing::Values("rehearse", "verify", "doctor"));
 
+// Those that look at the kernel; they run with both variants of iptables.
+INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession, testing::Values("start"));
+
 }  // namespace

@@ -1,0 +1,63 @@
+#include "command/apply/keptRules.h"
+
+#include "command/history/privateDirectory.h"
+
+namespace zamofw {
+namespace {
+
+constexpr const char* kHead4 = "# IPv4\n";
+constexpr const char* kHead6 = "# IPv6\n";
+constexpr const char* kEnd = "\nCOMMIT\n";
+
+posix::Descriptor openOurDirectory() {
+    return openPrivateDirectory("/var/lib", {"zamofw"});
+}
+
+bool isWhole(const std::string& input, const std::string& head) {
+    const std::string end = kEnd;
+    return input.compare(0, head.size(), head) == 0 && input.size() > end.size() &&
+           input.compare(input.size() - end.size(), end.size(), end) == 0;
+}
+
+}  // namespace
+
+bool writeRules(const char* file, const RestoreInputs& inputs) {
+    const posix::Descriptor directory = openOurDirectory();
+    return directory && replacePrivateFile(directory, file, inputs.v4 + inputs.v6);
+}
+
+void keepRules(const RestoreInputs& inputs) {
+    const posix::Descriptor directory = openOurDirectory();
+    const std::string text = inputs.v4 + inputs.v6;
+    // A reload that changes nothing does not wear the disk.
+    if (directory && readPrivateFile(directory, kKeptRulesFile) != text) {
+        (void)replacePrivateFile(directory, kKeptRulesFile, text);
+    }
+}
+
+void keepRules(const Plan& plan) {
+    keepRules(RestoreInputs{restoreInput(plan, 4), restoreInput(plan, 6)});
+}
+
+std::optional<RestoreInputs> readRules(const char* file) {
+    const posix::Descriptor directory = openOurDirectory();
+    const std::optional<std::string> text =
+        directory ? readPrivateFile(directory, file) : std::nullopt;
+    // No line of a rule begins like this.
+    const std::size_t border = text ? text->find(std::string("\n") + kHead6) : std::string::npos;
+    if (border == std::string::npos) {
+        return std::nullopt;
+    }
+    RestoreInputs inputs = {text->substr(0, border + 1), text->substr(border + 1)};
+    return isWhole(inputs.v4, kHead4) && isWhole(inputs.v6, kHead6) ? std::optional(inputs)
+                                                                    : std::nullopt;
+}
+
+void dropKeptRules() {
+    const posix::Descriptor directory = openOurDirectory();
+    if (directory) {
+        (void)removePrivateFile(directory, kKeptRulesFile);
+    }
+}
+
+}  // namespace zamofw
