@@ -5,6 +5,9 @@
 
 #include "command/answers/meaningAnswer.h"
 #include "command/answers/refusalText.h"
+#include "command/answers/trialEnd.h"
+#include "command/apply/keptRules.h"
+#include "command/apply/trial.h"
 #include "command/history/configuration.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/hook.h"
@@ -43,9 +46,16 @@ void switchOn(const Console& console, Errors errors) {
 
 void followInKernel(const Console& console, bool wasEnabled, Errors errors) {
     if (!isEnabled()) {
-        if (wasEnabled && !FW::ZAMOFW().fwDisable()) {
+        if (!wasEnabled) {
+            return;
+        }
+        const SavedRulesAside aside;
+        const bool isSwitchedOff = FW::ZAMOFW().fwDisable();
+        endTrialUnderLock(console);
+        if (!isSwitchedOff) {
             failed("the firewall could not be switched off", "try `zamofw disable`");
         }
+        dropKeptRules();
     } else if (wasEnabled) {
         putRulesIntoForce(console, errors);
     } else {

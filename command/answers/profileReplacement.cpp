@@ -36,29 +36,45 @@ Stored storedUnder(const std::string& name) {
 
 }  // namespace
 
+Replacement replacementBy(const Console& console,
+                          const std::string& name,
+                          const std::string& document,
+                          Loss loss) {
+    const Stored stored = storedUnder(name);
+    if (!stored.isThere) {
+        return Replacement::kNew;
+    }
+    if (stored.isReadable && stored.text == document) {
+        return Replacement::kSame;
+    }
+    const bool isLost = !stored.isReadable || stored.rules > 0;
+    const std::string lost = stored.isReadable ? "with its " + counted(stored.rules, "rule")
+                                               : "whose document cannot be read";
+    const bool isAccepted = loss == Loss::kAccepted || !isLost ||
+                            console.confirm("the profile " + shown(name) + " " + lost +
+                                            " would be replaced; replace it?");
+    return isAccepted ? Replacement::kOther : Replacement::kRefused;
+}
+
 Status replaceProfile(const Console& console,
                       const std::vector<std::string>& call,
                       const std::string& name,
                       const std::string& document,
                       Loss loss) {
-    const Stored stored = storedUnder(name);
-    if (stored.isReadable && stored.text == document) {
+    const Replacement replacement = replacementBy(console, name, document, loss);
+    if (replacement == Replacement::kSame) {
         answerChange(console, false, "nothing to change: " + shown(name) + " is stored like this");
         return Status::kDone;
     }
-    const bool isLost = stored.isThere && (!stored.isReadable || stored.rules > 0);
-    const std::string lost = stored.isReadable ? "with its " + counted(stored.rules, "rule")
-                                               : "whose document cannot be read";
-    if (loss == Loss::kAsk && isLost &&
-        !console.confirm("the profile " + shown(name) + " " + lost +
-                         " would be replaced; replace it?")) {
+    if (replacement == Replacement::kRefused) {
         return refusedChange(console);
     }
     return recordedChange(call, [&] {
         storeDocument(name, document);
         answerChange(console,
                      true,
-                     "the profile " + shown(name) + (stored.isThere ? " is replaced" : " is made"));
+                     "the profile " + shown(name) +
+                         (replacement == Replacement::kNew ? " is made" : " is replaced"));
         noteReload(console, name);
         return Status::kDone;
     });

@@ -12,6 +12,19 @@ namespace zamofw {
 // Whether to ask before rules are lost.
 enum class Loss { kAsk, kAccepted };
 
+enum class Replacement {
+    kSame,     // it is stored like this already
+    kNew,      // no profile has the name
+    kOther,    // another document has it
+    kRefused,  // another one has it that shall not be lost
+};
+
+// What storing the document under this name would do. Asks when it would throw rules away.
+[[nodiscard]] Replacement replacementBy(const Console& console,
+                                        const std::string& name,
+                                        const std::string& document,
+                                        Loss loss);
+
 // Stores the document, records the change and answers it. Nothing is done when it is stored
 // already.
 [[nodiscard]] Status replaceProfile(const Console& console,

@@ -50,7 +50,7 @@ void requireStoredProfile(const std::string& name) {
     }
 }
 
-void requireFreeName(const std::string& name) {
+void requireFitName(const std::string& name) {
     const bool isFit = !name.empty() && name.size() <= kLongestName && !isPath(name) &&
                        name.front() != '-' && !isTrialCopy(name) && isPlainText(name);
     if (!isFit) {
@@ -58,6 +58,10 @@ void requireFreeName(const std::string& name) {
                  "a name has no slash and no control character in it, does not begin with a dash "
                  "or with .test_, and has at most 255 bytes");
     }
+}
+
+void requireFreeName(const std::string& name) {
+    requireFitName(name);
     if (isStoredProfile(name)) {
         wrongUse("there is a profile " + shown(name) + " already",
                  "choose another name; `zamofw profile set` replaces a profile");

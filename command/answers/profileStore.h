@@ -18,7 +18,10 @@ namespace zamofw {
 // Wrong use, with a suggestion, unless there is a profile of this name.
 void requireStoredProfile(const std::string& name);
 
-// Wrong use unless a new profile can have the name: it is free, and can be said in a call.
+// Wrong use unless a profile can have the name: it can be said in a call.
+void requireFitName(const std::string& name);
+
+// The same, and the name must be free.
 void requireFreeName(const std::string& name);
 
 // The document as JSON. Throws Failure for one that is not well formed.

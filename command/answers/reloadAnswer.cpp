@@ -9,9 +9,11 @@
 #include "command/answers/meaningAnswer.h"
 #include "command/answers/profileInForce.h"
 #include "command/answers/refusalText.h"
+#include "command/answers/trialEnd.h"
 #include "command/apply/kernelModules.h"
 #include "command/apply/kernelState.h"
 #include "command/apply/startNote.h"
+#include "command/apply/trial.h"
 #include "command/history/change.h"
 #include "command/plan/plan.h"
 #include "zamofirewall/controller.h"
@@ -92,8 +94,10 @@ InForce reloadSequentially(const Console& console, Errors errors) {
     requireChains();
     const Plan plan = planOf(profile);
     showProgress(console, plan);
+    const SavedRulesAside aside;
     const Clock::time_point begin = Clock::now();
     if (!FW::ZAMOFW().fwReload(/*blEstablished=*/true)) {
+        endTrialUnderLock(console);
         failedLineByLine(plan,
                          isFirewallEnabled()
                              ? "the reload failed"
@@ -101,6 +105,7 @@ InForce reloadSequentially(const Console& console, Errors errors) {
     }
     keepRules(plan);
     dropStartNote();
+    endTrialUnderLock(console);
     result.outcome.applied = true;
     result.outcome.lines = plan.v4.size() + plan.v6.size();
     result.outcome.milliseconds =
@@ -165,9 +170,11 @@ InForce putIntoForce(const Console& console, Errors errors, const ExecutionLock&
     checkFirst(console, profile, errors);
     const Plan plan = planOf(profile);
     showProgress(console, plan);
+    const SavedRulesAside aside;
     result.outcome = applyPlan(plan, lock);
     if (result.outcome.applied) {
         dropStartNote();
+        endTrial(console);
     }
     flushIfDisabledMeanwhile(result);
     return result;

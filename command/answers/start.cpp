@@ -10,9 +10,11 @@
 #include "command/answers/profileInForce.h"
 #include "command/answers/refusalText.h"
 #include "command/answers/reloadAnswer.h"
+#include "command/answers/trialEnd.h"
 #include "command/apply/chains.h"
 #include "command/apply/kernelModules.h"
 #include "command/apply/startNote.h"
+#include "command/apply/trial.h"
 #include "command/history/changeLog.h"
 #include "command/systemLog.h"
 
@@ -84,8 +86,12 @@ Fallback fallback(const SetUp& chains, std::string& problems, const ExecutionLoc
     return {false, "none could take their place: THE FIREWALL IS OPEN"};
 }
 
-[[noreturn]] void fallBack(std::string problems, const SetUp& chains, const ExecutionLock& lock) {
+[[noreturn]] void fallBack(const Console& console,
+                           std::string problems,
+                           const SetUp& chains,
+                           const ExecutionLock& lock) {
     const Fallback fallen = fallback(chains, problems, lock);
+    endTrial(console);
     const std::string what = "the stored rules could not be put into force; " + fallen.text;
     const StartNote note = {currentTime(), fallen.hasRules, oneLine(problems)};
     writeStartNote(note);
@@ -95,6 +101,7 @@ Fallback fallback(const SetUp& chains, std::string& problems, const ExecutionLoc
 
 Status answerStart(const Console& console, bool isChanged, const std::string& text) {
     dropStartNote();
+    endTrial(console);
     answerChange(console, isChanged, text);
     return Status::kDone;
 }
@@ -104,6 +111,7 @@ Status answerStart(const Console& console, bool isChanged, const std::string& te
 Status startAnswer(const Console& console) {
     requireRoot("starting the firewall");
     const ExecutionLock lock;
+    const SavedRulesAside aside;
     if (!isMeantToBeClosed()) {
         const SetUp chains = makeChains(Door::kOpen, lock);
         if (!chains.problems.empty()) {
@@ -117,7 +125,7 @@ Status startAnswer(const Console& console) {
     const std::string problems =
         chains.problems.empty() ? problemOfReload(console, lock) : chains.problems;
     if (!problems.empty()) {
-        fallBack(problems, chains, lock);
+        fallBack(console, problems, chains, lock);
     }
     return answerStart(console, true, "the firewall is started");
 }

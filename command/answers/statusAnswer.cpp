@@ -12,10 +12,13 @@
 #include "command/answers/jsonLine.h"
 #include "command/answers/kernelMatch.h"
 #include "command/answers/table.h"
+#include "command/apply/bootTime.h"
 #include "command/apply/kernelState.h"
 #include "command/apply/startNote.h"
+#include "command/apply/trialState.h"
 #include "command/document/storedProfile.h"
 #include "command/document/textFile.h"
+#include "command/words/quoting.h"
 #include "library/model/names.h"
 
 namespace zamofw {
@@ -107,6 +110,38 @@ Kernel askKernel(bool mayAsk) try {
     return {"unknown", reason.substr(0, reason.find('\n'))};
 }
 
+// What only root may read is not said to others.
+std::optional<TrialState> currentTrial(const Console& console) {
+    try {
+        std::optional<TrialState> trial = readTrial();
+        return trial && trial->boot == bootId() ? trial : std::nullopt;
+    } catch (const Failure& failure) {
+        if (failure.status() != Status::kNotPermitted) {
+            console.err << failure.what() << "\n  " << failure.remedy() << "\n";
+        }
+        return std::nullopt;
+    }
+}
+
+Json::Value trialJson(const std::optional<TrialState>& trial) {
+    Json::Value json;
+    if (trial) {
+        json["profile"] = trial->profile;
+        json["client"] = trial->client ? Json::Value(*trial->client) : Json::Value();
+        json["until"] = trial->until;
+    }
+    return json;
+}
+
+std::string trialText(const std::optional<TrialState>& trial) {
+    if (!trial) {
+        return "none";
+    }
+    return shown(trial->profile) + (trial->client ? " for " + *trial->client : "") + ", until " +
+           trial->until +
+           (isStale(*trial) ? "; NOBODY TAKES IT BACK any more: say `zamofw revert`" : "");
+}
+
 std::string startText(const StartNote& start) {
     return (start.hasLastRules
                 ? "LAST RULES: the start at " + start.time +
@@ -127,6 +162,7 @@ Status statusAnswer(const Console& console) {
     const Policies v4 = mayAsk ? kernelPolicies(4) : Policies();
     const Policies v6 = mayAsk ? kernelPolicies(6) : Policies();
     const std::optional<StartNote> start = readStartNote();
+    const std::optional<TrialState> trial = currentTrial(console);
     if (console.json) {
         Json::Value document;
         document["enabled"] = settings.isEnabled;
@@ -135,7 +171,7 @@ Status statusAnswer(const Console& console) {
         document["kernel"] = kernel.answer;
         document["policies"]["v4"] = policiesJson(v4);
         document["policies"]["v6"] = policiesJson(v6);
-        document["trial"] = Json::Value();
+        document["trial"] = trialJson(trial);
         if (start) {
             document["start"]["time"] = start->time;
             document["start"]["in_force"] = start->hasLastRules ? "last" : "none";
@@ -149,7 +185,7 @@ Status statusAnswer(const Console& console) {
                 << (rules == 1 ? " rule)\n" : " rules)\n") << "policies  IPv4: " << policiesText(v4)
                 << "; IPv6: " << policiesText(v6) << "\n"
                 << "kernel    " << kernel.answer << " (" << kernel.reason << ")\n"
-                << "trial     none\n";
+                << "trial     " << trialText(trial) << "\n";
     if (isClosed(v4) || isClosed(v6)) {
         console.out
             << "the door is closed: a reload is under way, or one was killed; `zamofw reload` "

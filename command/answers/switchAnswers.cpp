@@ -5,9 +5,11 @@
 #include "command/answers/changeAnswer.h"
 #include "command/answers/profileInForce.h"
 #include "command/answers/refusalText.h"
+#include "command/answers/trialEnd.h"
 #include "command/apply/keptRules.h"
 #include "command/apply/kernelState.h"
 #include "command/apply/startNote.h"
+#include "command/apply/trial.h"
 #include "command/history/change.h"
 #include "command/plan/plan.h"
 #include "zamofirewall/controller.h"
@@ -36,7 +38,10 @@ Status enableAnswer(const Console& console, const std::vector<std::string>& give
     requireChains();
     return recordedChange(given, [&] {
         const bool wasEnabled = isFirewallEnabled();
-        if (!FW::ZAMOFW().fwEnable()) {
+        const SavedRulesAside aside;
+        const bool isSwitchedOn = FW::ZAMOFW().fwEnable();
+        endTrialUnderLock(console);
+        if (!isSwitchedOn) {
             failedLineByLine(planProfile(profileOf(profile)),
                              isFirewallEnabled() ? "the firewall is switched on, but its rules "
                                                    "could not be put into force"
@@ -55,7 +60,10 @@ Status disableAnswer(const Console& console, const std::vector<std::string>& giv
     requireRoot("switching the firewall off");
     return recordedChange(given, [&] {
         const bool wasEnabled = isFirewallEnabled();
-        if (!FW::ZAMOFW().fwDisable()) {
+        const SavedRulesAside aside;
+        const bool isSwitchedOff = FW::ZAMOFW().fwDisable();
+        endTrialUnderLock(console);
+        if (!isSwitchedOff) {
             failed(
                 "the firewall's rules were removed, but it could not be stored that it is "
                 "switched off",

@@ -12,6 +12,9 @@ namespace zamofw {
 
 [[nodiscard]] std::int64_t nanosecondsSinceBoot();
 
+// The unit in which /proc tells when a process began.
+[[nodiscard]] std::uint64_t ticksSinceBoot();
+
 }  // namespace zamofw
 
 #endif

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <json/reader.h>
+#include <json/writer.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,7 +15,9 @@
 #include <memory>
 #include <sstream>
 
+#include "command/apply/bootTime.h"
 #include "command/console.h"
+#include "command/history/privateDirectory.h"
 #include "posix/descriptor.h"
 
 namespace zamofw {
@@ -22,7 +25,7 @@ namespace {
 
 constexpr std::size_t kLargestFile = 64U << 10U;
 // For the execution lock and the xtables lock, which the timer may have to wait for.
-constexpr std::int64_t kSecondsForLocks = 60;
+constexpr std::int64_t kNanosecondsForLocks = 60'000'000'000;
 
 [[noreturn]] void badFile(const std::string& why) {
     failed(std::string(kTrialFile) + " " + why,
@@ -90,6 +93,9 @@ TrialState stateOf(const Json::Value& record) {
     trial.until = record["until"].asString();
     trial.timer = record["timer"]["pid"].asInt();
     trial.timerStart = record["timer"]["start"].asUInt64();
+    trial.boot = record["boot"].asString();
+    trial.deadline = record["deadline"].asInt64();
+    trial.beganTick = record["began_tick"].asUInt64();
     trial.record = record;
     return trial;
 }
@@ -143,11 +149,38 @@ std::optional<TrialState> readTrial() {
 }
 
 bool isStale(const TrialState& trial) {
-    if (trial.timer <= 0 || startOfProcess(trial.timer) != trial.timerStart) {
+    if (trial.boot != bootId() || trial.timer <= 0 ||
+        startOfProcess(trial.timer) != trial.timerStart) {
         return true;
     }
-    const std::optional<std::int64_t> until = secondsOf(trial.until);
-    return !until || *until + kSecondsForLocks < std::time(nullptr);
+    return nanosecondsSinceBoot() > trial.deadline + kNanosecondsForLocks;
+}
+
+void writeTrial(const TrialState& trial) {
+    Json::Value record;
+    record["id"] = trial.id;
+    record["profile"] = trial.profile;
+    record["file"] = trial.file ? Json::Value(*trial.file) : Json::Value();
+    record["client"] = trial.client ? Json::Value(*trial.client) : Json::Value();
+    record["connection"] = trial.connection ? Json::Value(*trial.connection) : Json::Value();
+    record["began"] = trial.began;
+    record["until"] = trial.until;
+    record["timer"]["pid"] = trial.timer;
+    record["timer"]["start"] = Json::UInt64{trial.timerStart};
+    record["boot"] = trial.boot;
+    record["deadline"] = Json::Int64{trial.deadline};
+    record["began_tick"] = Json::UInt64{trial.beganTick};
+    const posix::Descriptor directory = openPrivateDirectory("/var/lib", {"zamofw"});
+    if (!directory ||
+        !replacePrivateFile(directory, "trial.json", Json::FastWriter().write(record))) {
+        failed(std::string("cannot write ") + kTrialFile + ": " + std::strerror(errno),
+               "see that /var/lib/zamofw/ belongs to root and its disk is not full or mounted "
+               "read-only");
+    }
+}
+
+std::string trialCopyName(const std::string& profile) {
+    return ".test_" + profile;
 }
 
 void removeTrial() {

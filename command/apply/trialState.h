@@ -16,25 +16,35 @@ constexpr const char* kTrialFile = "/var/lib/zamofw/trial.json";
 
 struct TrialState {
     std::string id;
-    std::string profile;  // the name of the copy that is tried
-    std::optional<std::string> file;
+    std::string profile;  // that is tried; the store holds the copy under trialCopyName()
+    std::optional<std::string> file;  // where it came from, unless it is a stored one
     std::optional<std::string> client;
     std::optional<std::string> connection;
     std::string began;  // RFC 3339
     std::string until;
     pid_t timer = -1;  // the process that takes the trial back
     std::uint64_t timerStart = 0;
-    Json::Value record;  // the whole object, with members that are not named here
+    std::string boot;             // as bootId() tells it; no trial outlives a start of the system
+    std::int64_t deadline = 0;    // in nanosecondsSinceBoot(); the clock may be set
+    std::uint64_t beganTick = 0;  // comparable with startOfProcess()
+    Json::Value record;           // the whole object, with members that are not named here
 };
 
 // {"id":S,"profile":S,"file":S|null,"client":S|null,"connection":S|null,"began":RFC3339,
-// "until":RFC3339,"timer":{"pid":N,"start":N}} and more members. None when there is no trial.
-// Throws Failure when the file cannot be read (kNotPermitted where only root may), or is no such
-// object.
+// "until":RFC3339,"timer":{"pid":N,"start":N},"boot":S,"deadline":N,"began_tick":N}. None when
+// there is no trial. Throws Failure when the file cannot be read (kNotPermitted where only root
+// may), or is no such object.
 [[nodiscard]] std::optional<TrialState> readTrial();
 
-// Whether nobody will take the trial back any more: its timer has ended, or is overdue by more than
-// the time that it may have to wait for a lock.
+// Puts it in the place of the one before, as a whole. Throws Failure when that is not possible.
+void writeTrial(const TrialState& trial);
+
+// The name under which the store holds the profile that is tried; such copies are no part of the
+// configuration.
+[[nodiscard]] std::string trialCopyName(const std::string& profile);
+
+// Whether nobody will take the trial back any more: the system has been started since, or its timer
+// has ended, or is overdue by more than the time that it may have to wait for a lock.
 [[nodiscard]] bool isStale(const TrialState& trial);
 
 // Removes the file, whatever it holds. Throws Failure unless it is gone afterwards.

@@ -72,13 +72,16 @@ bool parseEntry(const std::string& line, Json::Value& entry) {
 
 }  // namespace
 
-std::string currentTime() {
-    const std::time_t now = std::time(nullptr);
+std::string timeText(std::time_t time) {
     std::tm parts = {};
     std::array<char, 32> text = {};
-    (void)gmtime_r(&now, &parts);
+    (void)gmtime_r(&time, &parts);
     (void)std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
     return text.data();
+}
+
+std::string currentTime() {
+    return timeText(std::time(nullptr));
 }
 
 bool logChange(const LoggedChange& change) {

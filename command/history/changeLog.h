@@ -5,6 +5,7 @@
 #include <json/value.h>
 
 #include <cstddef>
+#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,6 +24,8 @@ struct LoggedChange {
     std::string after;
 };
 
+// RFC 3339, in UTC.
+[[nodiscard]] std::string timeText(std::time_t time);
 [[nodiscard]] std::string currentTime();
 
 // Appends the change, and sends a line to the system log. False, with errno set, when the file

@@ -4,6 +4,7 @@
 
 #include <json/value.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,12 @@ namespace zamofw {
 // The same as if all adapters were there that the profile has rules for. One that is not is an
 // interface of its name.
 [[nodiscard]] Plan planOfAllAdapters(const FW::FWPROFILE& profile);
+
+// The command list of the library's trial: the established connections of this client are judged by
+// the rules, so that one who is locked out notices it at once; without a client those of everybody
+// are.
+[[nodiscard]] Plan planTrial(const FW::FWPROFILE& profile,
+                             const std::optional<std::string>& client);
 
 // As text: each line with its program in front, as it would be run.
 [[nodiscard]] std::string planLines(const Plan& plan);

@@ -142,6 +142,12 @@ class Scratch {
     FW::FW_POLICY policy_ = FW::FW_POLICY_NONE;
 };
 
+// What becomes of packets of established connections.
+struct Established {
+    bool isAccepted = true;
+    std::string exceptFrom;  // an address, or empty
+};
+
 class Planner {
   public:
     enum class Adapters { kPresent, kAll };
@@ -149,9 +155,10 @@ class Planner {
     Planner(bool mayHaveTunnel, Adapters adapters)
         : mayHaveTunnel_(mayHaveTunnel), adapters_(adapters) {}
 
-    void addBuiltInLines() {
+    void addBuiltInLines(const Established& established) {
         Json::Value lines;
-        (void)translator_.fwRulesToIptablesRules(/*blEstablished=*/true, {}, {}, lines);
+        (void)translator_.fwRulesToIptablesRules(
+            established.isAccepted, {}, {}, lines, established.exceptFrom);
         const PlannedLine origin = {"", FW::kGlobalAdapter, LineKind::kBuiltIn, {}, ""};
         take(lines[FW::kIpv4.key][FW::kGlobalAdapter], v4_[FW::kGlobalAdapter], origin);
         take(lines[FW::kIpv6.key][FW::kGlobalAdapter], v6_[FW::kGlobalAdapter], origin);
@@ -265,9 +272,9 @@ class Planner {
     LinesByKey v6_;
 };
 
-Plan planWith(Planner&& planner, const FW::FWPROFILE& profile) {
+Plan planWith(Planner&& planner, const FW::FWPROFILE& profile, const Established& established) {
     using Policies = std::map<std::string, FW::FW_POLICY>;
-    planner.addBuiltInLines();
+    planner.addBuiltInLines(established);
     // An adapter with a policy alone has a list too.
     std::map<std::string, const FW::FW_POLICY*> adapters;
     for (const auto& [adapter, rules] : profile.rules) {
@@ -291,11 +298,17 @@ Plan planProfile(const FW::FWPROFILE& profile) {
 }
 
 Plan planProfile(const FW::FWPROFILE& profile, bool mayHaveTunnel) {
-    return planWith(Planner(mayHaveTunnel, Planner::Adapters::kPresent), profile);
+    return planWith(Planner(mayHaveTunnel, Planner::Adapters::kPresent), profile, Established());
 }
 
 Plan planOfAllAdapters(const FW::FWPROFILE& profile) {
-    return planWith(Planner(mayHaveTunnel(), Planner::Adapters::kAll), profile);
+    return planWith(Planner(mayHaveTunnel(), Planner::Adapters::kAll), profile, Established());
+}
+
+Plan planTrial(const FW::FWPROFILE& profile, const std::optional<std::string>& client) {
+    return planWith(Planner(mayHaveTunnel(), Planner::Adapters::kPresent),
+                    profile,
+                    {client.has_value(), client.value_or("")});
 }
 
 }  // namespace zamofw

@@ -78,6 +78,6 @@ INSTANTIATE_TEST_SUITE_P(All, CommandSession,
 INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession, testing::Values("rehearse", "verify", "doctor"));
 
 // Those that look at the kernel; they run with both variants of iptables.
-INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession, testing::Values("start"));
+INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession, testing::Values("start", "trial"));
 
 }  // namespace
