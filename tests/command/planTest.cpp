@@ -82,10 +82,11 @@ class Generator {
 };
 
 // The library's list in the order of execution; none when the profile cannot be translated.
-std::optional<Lines> libraryLines(const FW::FWPROFILE& profile, const std::string& family) {
+std::optional<Lines> libraryLines(const FW::FWPROFILE& profile, const std::string& family,
+                                  bool established = true, const std::string& client = "") {
     Json::Value list;
-    if (!FW::ZAMOFW_IPTABLES_RULES().fwRulesToIptablesRules(true, profile.rules,
-                                                            profile.adapterPolicyMap, list)) {
+    if (!FW::ZAMOFW_IPTABLES_RULES().fwRulesToIptablesRules(
+            established, profile.rules, profile.adapterPolicyMap, list, client)) {
         return std::nullopt;
     }
     std::vector<std::string> keys = list[family].getMemberNames();
@@ -168,6 +169,18 @@ TEST(Plan, HoldsTheLibrarysLinesWithTheirOrigins) {
         EXPECT_TRUE(asked.empty());
     }
     EXPECT_GT(translated, 100);
+}
+
+TEST(Plan, JudgesTheClientOfATrialByTheRules) {
+    test::clearFiles();
+    test::clearPlatform();
+    const FW::FWPROFILE profile;
+    EXPECT_EQ(textsOf(planTrial(profile, std::nullopt).v4), *libraryLines(profile, "v4", false));
+    for (const char* const client : {"10.1.0.2", "fd01::2"}) {
+        const Plan plan = planTrial(profile, client);
+        EXPECT_EQ(textsOf(plan.v4), *libraryLines(profile, "v4", true, client));
+        EXPECT_EQ(textsOf(plan.v6), *libraryLines(profile, "v6", true, client));
+    }
 }
 
 TEST(Plan, NamesTheRuleThatCannotBeTranslated) {
