@@ -4,7 +4,6 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <sstream>
@@ -12,6 +11,7 @@
 #include "command/answers/meaning.h"
 #include "command/answers/meaningFindings.h"
 #include "command/console.h"
+#include "command/history/connection.h"
 #include "posix/descriptor.h"
 
 namespace zamofw {
@@ -97,9 +97,8 @@ struct SshConnection {
 
 SshConnection sshConnection() {
     SshConnection connection;
-    const char* const text = std::getenv("SSH_CONNECTION");
-    std::istringstream(text == nullptr ? "" : text) >> connection.client >> connection.clientPort >>
-        connection.server >> connection.serverPort;
+    std::istringstream(currentConnection().ssh.value_or("")) >> connection.client >>
+        connection.clientPort >> connection.server >> connection.serverPort;
     return connection;
 }
 

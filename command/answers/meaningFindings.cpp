@@ -136,22 +136,38 @@ void addIdleRules(const analysis::Model& model, const Places& places, FindingLis
     }
 }
 
+// Null for what the check of the document speaks about.
+std::unique_ptr<const Meaning> readableMeaning(const Document& document,
+                                               analysis::ModelReader& reader) {
+    try {
+        return meaningOf(profileRecord(document), "", reader);
+    } catch (const Failure&) {
+        return nullptr;
+    }
+}
+
 }  // namespace
 
 Findings meaningFindings(const Document& document, const std::optional<Client>& client) {
     analysis::ModelReader reader(countryRanges());
-    std::unique_ptr<const Meaning> meaning;
-    try {
-        meaning = meaningOf(profileRecord(document), "", reader);
-    } catch (const Failure&) {
-        // What is wrong is for the check of the document to say.
-        return {};
-    }
+    const auto meaning = readableMeaning(document, reader);
     FindingList findings(document);
-    const Places places(document);
-    addIdleRules(meaning->model, places, findings);
-    if (client) {
-        addLockouts(meaning->model, *client, places, findings);
+    if (meaning != nullptr) {
+        const Places places(document);
+        addIdleRules(meaning->model, places, findings);
+        if (client) {
+            addLockouts(meaning->model, *client, places, findings);
+        }
+    }
+    return findings.take();
+}
+
+Findings lockoutFindings(const Document& document, const Client& client) {
+    analysis::ModelReader reader(countryRanges());
+    const auto meaning = readableMeaning(document, reader);
+    FindingList findings(document);
+    if (meaning != nullptr) {
+        addLockouts(meaning->model, client, Places(document), findings);
     }
     return findings.take();
 }

@@ -28,6 +28,9 @@ struct Client {
 [[nodiscard]] Findings meaningFindings(const Document& document,
                                        const std::optional<Client>& client);
 
+// `lockout` alone.
+[[nodiscard]] Findings lockoutFindings(const Document& document, const Client& client);
+
 }  // namespace zamofw
 
 #endif

@@ -8,7 +8,7 @@
 #include <ostream>
 
 #include "command/answers/jsonLine.h"
-#include "command/answers/lockout.h"
+#include "command/answers/meaningFindings.h"
 #include "command/answers/profileInForce.h"
 #include "command/answers/profileStore.h"
 #include "command/answers/refusalText.h"
@@ -25,6 +25,7 @@
 #include "command/document/textFile.h"
 #include "command/history/changeLog.h"
 #include "command/history/configuration.h"
+#include "command/history/connection.h"
 #include "command/plan/plan.h"
 #include "command/systemLog.h"
 #include "command/words/addresses.h"
@@ -145,18 +146,14 @@ Outcome begin(TrialState& trial,
     }
 }
 
-void refuseLockout(const Console& console,
-                   const Document& document,
-                   const std::optional<std::string>& client,
-                   const Connection& connection) {
-    const Findings findings = lockout(document, client, connection);
+void refuseLockout(const Console& console, const Document& document, const Client& client) {
+    const Findings findings = lockoutFindings(document, client);
     console.err << findingsText(findings);
     if (!findings.empty()) {
         throw Failure(
             Status::kNo,
-            "the profile locks out the client " + client.value_or("") + ", and nothing was changed",
-            "add a rule that lets it in, or say --allow-lockout; --client names another "
-            "one");
+            "the profile locks out the client " + client.address + ", and nothing was changed",
+            "add a rule that lets it in, or say --allow-lockout; --client names another one");
     }
 }
 
@@ -190,8 +187,9 @@ Status tryAnswer(const Console& console, const TryRequest& request) {
     const Target target = readTarget(request.target);
     showFindings(console, target, request.errors);
     requireFitName(target.name);
-    if (!request.allowsLockout) {
-        refuseLockout(console, target.document, client, connection);
+    const std::optional<Client> known = clientOf(client, std::nullopt);
+    if (known && !request.allowsLockout) {
+        refuseLockout(console, target.document, *known);
     }
     Plan plan = planTrial(readableProfile(target), client);
     plan.profile = target.name;
