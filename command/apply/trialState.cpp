@@ -25,7 +25,8 @@ namespace {
 
 constexpr std::size_t kLargestFile = 64U << 10U;
 // For the execution lock and the xtables lock, which the timer may have to wait for.
-constexpr std::int64_t kNanosecondsForLocks = 60'000'000'000;
+constexpr std::int64_t kSecondsForLocks = 60;
+constexpr std::int64_t kNanoseconds = 1'000'000'000;
 
 [[noreturn]] void badFile(const std::string& why) {
     failed(std::string(kTrialFile) + " " + why,
@@ -103,7 +104,8 @@ TrialState stateOf(const Json::Value& record) {
 // "0000-00-00T00:00:00" with digits in place of the zeros.
 bool hasForm(const std::string& text, const char* form) {
     for (std::size_t i = 0; form[i] != '\0'; ++i) {
-        const bool isDigit = i < text.size() && std::isdigit(static_cast<unsigned char>(text[i]));
+        const bool isDigit =
+            i < text.size() && std::isdigit(static_cast<unsigned char>(text[i])) != 0;
         if (i >= text.size() || (form[i] == '0' ? !isDigit : text[i] != form[i])) {
             return false;
         }
@@ -149,11 +151,16 @@ std::optional<TrialState> readTrial() {
 }
 
 bool isStale(const TrialState& trial) {
-    if (trial.boot != bootId() || trial.timer <= 0 ||
-        startOfProcess(trial.timer) != trial.timerStart) {
+    const bool isOfThisBoot = trial.boot.empty() || trial.boot == bootId();
+    if (!isOfThisBoot || trial.timer <= 0 || startOfProcess(trial.timer) != trial.timerStart) {
         return true;
     }
-    return nanosecondsSinceBoot() > trial.deadline + kNanosecondsForLocks;
+    if (trial.deadline > 0) {
+        return nanosecondsSinceBoot() > trial.deadline + kSecondsForLocks * kNanoseconds;
+    }
+    // A record that does not say it is judged by the clock.
+    const std::optional<std::int64_t> until = secondsOf(trial.until);
+    return !until || *until + kSecondsForLocks < std::time(nullptr);
 }
 
 void writeTrial(const TrialState& trial) {

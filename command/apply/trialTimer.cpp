@@ -33,7 +33,7 @@ constexpr const char* kSystemdMark = "/run/systemd/system";
 
 std::string ownProgram() {
     std::error_code error;
-    const std::string path = std::filesystem::read_symlink("/proc/self/exe", error);
+    std::string path = std::filesystem::read_symlink("/proc/self/exe", error);
     if (error) {
         failed("the program of this process is unknown: " + error.message());
     }
@@ -110,12 +110,13 @@ class Detachment {
 
     [[nodiscard]] pid_t spawn(const std::string& path, std::vector<std::string> words) const {
         std::vector<char*> arguments;
+        arguments.reserve(words.size() + 1);
         for (std::string& word : words) {
             arguments.push_back(word.data());
         }
         arguments.push_back(nullptr);
-        std::string path_variable = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
-        const std::array<char*, 2> environment = {path_variable.data(), nullptr};
+        std::string pathVariable = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
+        const std::array<char*, 2> environment = {pathVariable.data(), nullptr};
         pid_t process = 0;
         require(posix_spawn(
             &process, path.c_str(), &actions_, &attributes_, arguments.data(), environment.data()));
