@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <boost/algorithm/string/predicate.hpp>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -46,23 +45,6 @@ std::string chainsInput(const std::string& table, const SavedTable& there) {
         }
     }
     return "*" + table + "\n" + chains + "COMMIT\n";
-}
-
-// "line 7: RULE_APPEND failed (Invalid argument): ..." for each line that the kernel refused, the
-// number apart.
-std::vector<std::pair<std::size_t, std::string>> linesRefusedByKernel(const std::string& error) {
-    std::vector<std::pair<std::size_t, std::string>> refused;
-    for (const std::string& line : linesOf(error)) {
-        constexpr std::string_view kStart = "line ";
-        char* end = nullptr;
-        if (starts_with(line, kStart)) {
-            const std::size_t number = std::strtoul(line.c_str() + kStart.size(), &end, 10);
-            if (*end == ':') {
-                refused.emplace_back(number, line.substr(line.find(':') + 2));
-            }
-        }
-    }
-    return refused;
 }
 
 // Of lists of addresses the programs make a rule for each combination.
@@ -213,15 +195,9 @@ void Rehearsal::refuseTable(const Attempt& attempt,
     }
 }
 
-// Takes out the lines that the program names, and gives back where to go on: what comes before has
-// been understood. 0 when it names none.
+// Takes out the line that the program does not understand, and gives back where to go on. 0 when it
+// understands all; the lines that it names when the kernel refuses some are more than those.
 std::size_t Rehearsal::refuseNamed(const Attempt& attempt, const ProgramResult& failure) {
-    for (const auto& [number, words] : linesRefusedByKernel(failure.error)) {
-        const bool isNamed = number > 0 && number <= attempt.indices.size();
-        if (isNamed && isRule(attempt.indices[number - 1])) {
-            refuse(attempt.indices[number - 1], words);
-        }
-    }
     const std::size_t number = namedLine(failure.error);
     if (number == 0 || number > attempt.indices.size()) {
         return 0;
@@ -230,17 +206,14 @@ std::size_t Rehearsal::refuseNamed(const Attempt& attempt, const ProgramResult& 
     if (!isRule(index)) {
         return 0;
     }
-    if (!isOut_[index]) {
-        const std::string words = causeIn(failure.error);
-        // Numbers of lines are of no use here, and sometimes all that the program says.
-        const bool isNumbered = boost::contains(words, ": line ");
-        const std::string more = isNumbered ? wordsAbout(index) : "";
-        refuse(index, more.empty() ? words : more);
-    }
+    const std::string words = causeIn(failure.error);
+    // Numbers of lines are of no use here, and sometimes all that the program says.
+    const std::string more = boost::contains(words, ": line ") ? wordsAbout(index) : "";
+    refuse(index, more.empty() ? words : more);
     return index + 1;
 }
 
-// The kernel refuses a whole table and names no line: parts of it are tried.
+// The kernel refuses a whole table: parts of it are tried.
 void Rehearsal::refuseWithin(const std::vector<std::size_t>& rules, const NoteRefused& note) {
     if (rules.empty()) {
         return;
