@@ -30,7 +30,7 @@ bool isAmong(const Damage& damage, const Damages& damages) {
 
 // What was there before and is not there any more has been repaired.
 Examination repaired(const Console& console, const ExecutionLock& lock) {
-    const Examination before = examine(&lock);
+    Examination before = examine(&lock);
     if (before.damages.empty()) {
         return before;
     }
