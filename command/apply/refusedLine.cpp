@@ -7,6 +7,7 @@
 #include <sstream>
 #include <utility>
 
+#include "command/apply/jumps.h"
 #include "command/apply/programs.h"
 #include "command/apply/scratchNetwork.h"
 
@@ -14,8 +15,6 @@ namespace zamofw {
 namespace {
 
 using boost::algorithm::starts_with;
-
-constexpr const char* kFilterTable = "*filter";
 
 // The words of a rule's line: "-A CHAIN ...".
 std::vector<std::string> wordsOf(const std::string& line) {
@@ -50,7 +49,15 @@ std::string emptyChain(const std::string& name) {
     return ":" + name + " - [0:0]\n";
 }
 
-// The lines that make the chains of a table which programs have made in it, all of them empty.
+bool isJump(const std::string& line) {
+    return std::any_of(kHooks.begin(), kHooks.end(), [&line](const Hook& hook) {
+        const std::vector<std::string> jumps = jumpsOf(hook);
+        return std::find(jumps.begin(), jumps.end(), line) != jumps.end();
+    });
+}
+
+// The lines that make the chains of a table which programs have made in it. They are empty, but the
+// firewall's are called: some rules are refused for what calls their chain.
 std::string chainsThere(int family, const std::string& table) {
     std::string chains;
     const ProgramResult saved = runProgram({saveProgram(family), "-t", table.substr(1)});
@@ -60,6 +67,8 @@ std::string chainsThere(int family, const std::string& table) {
         const std::size_t end = line.find(" - [");
         if (starts_with(line, ":") && end != std::string::npos) {
             chains += emptyChain(line.substr(1, end - 1));
+        } else if (isJump(line)) {
+            chains += line + "\n";
         }
     }
     return chains;
@@ -142,7 +151,7 @@ RefusedLine findRefusedLine(int family, const std::vector<std::string>& lines) {
 std::string wordsAboutLine(int family, const std::string& table, const std::string& line) {
     const ScratchNetwork network;
     std::string chains;
-    if (table == kFilterTable) {
+    if (table.substr(1) == kFilterTable) {
         for (const char* const chain : kOurChains) {
             chains += emptyChain(chain);
         }

@@ -101,6 +101,8 @@ TEST_F(Transaction, LeavesEverythingWhenALineIsRefused) {
         {"-A NOSUCH -j RETURN", "No chain"},
         // Only the kernel knows that this belongs to another table.
         {"-A FORWARD_FIREWALL -j CHECKSUM --checksum-fill", "Invalid argument"},
+        // Only the kernel knows what calls the chain.
+        {"-A INPUT_FIREWALL -m owner --uid-owner 0 -j RETURN", "Invalid argument"},
         {"-t mangle -A NOSUCH -j RETURN", "No chain"},
         {"-t raw -A PREROUTING -j CHECKSUM --checksum-fill", "Invalid argument"},
         {"-t nosuch -A INPUT -j RETURN", "nosuch"},
