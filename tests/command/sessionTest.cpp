@@ -78,6 +78,6 @@ INSTANTIATE_TEST_SUITE_P(All, CommandSession,
 
 // Those that look at the kernel run with both variants of iptables.
 INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession,
-                         testing::Values("rehearse", "verify", "doctor", "start", "trial"));
+                         testing::Values("rehearse", "verify", "start", "trial", "doctor"));
 
 }  // namespace
