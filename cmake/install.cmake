@@ -1,12 +1,22 @@
+# The components: `runtime` (libzamofirewall), `platform` (the libraries below it), `development`,
+# `command`, `service` (units for systemd), `documentation` and `example` go below the prefix.
+# `system` is what programs look for at fixed paths, wherever the prefix is.
 include(CMakePackageConfigHelpers)
 
 set(packageDirectory ${CMAKE_INSTALL_LIBDIR}/cmake/zamofirewall)
 
 install(TARGETS zamofirewall EXPORT zamofirewallTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/zamofirewall DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    COMPONENT runtime
+    NAMELINK_COMPONENT development)
+install(DIRECTORY include/zamofirewall
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    COMPONENT development)
 
-install(EXPORT zamofirewallTargets NAMESPACE zamofirewall:: DESTINATION ${packageDirectory})
+install(EXPORT zamofirewallTargets
+    NAMESPACE zamofirewall::
+    DESTINATION ${packageDirectory}
+    COMPONENT development)
 configure_package_config_file(cmake/zamofirewallConfig.cmake.in
     ${CMAKE_CURRENT_BINARY_DIR}/zamofirewallConfig.cmake
     INSTALL_DESTINATION ${packageDirectory})
@@ -15,7 +25,8 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/zamofirewallConfigV
 install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/zamofirewallConfig.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/zamofirewallConfigVersion.cmake
-    DESTINATION ${packageDirectory})
+    DESTINATION ${packageDirectory}
+    COMPONENT development)
 
 # pkg-config finds everything from the place of the file, so that an installed tree can be moved.
 file(RELATIVE_PATH prefixFromPkgConfig
@@ -30,10 +41,11 @@ if(ZAMO_PLATFORM STREQUAL "linux")
 endif()
 configure_file(cmake/zamofirewall.pc.in ${CMAKE_CURRENT_BINARY_DIR}/zamofirewall.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zamofirewall.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+    COMPONENT development)
 
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 if(TARGET firewall-control)
     if(IS_ABSOLUTE "${CMAKE_INSTALL_BINDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
         set(librariesFromPrograms ${CMAKE_INSTALL_FULL_LIBDIR})
@@ -43,5 +55,7 @@ if(TARGET firewall-control)
         string(PREPEND librariesFromPrograms "$ORIGIN/")
     endif()
     set_target_properties(firewall-control PROPERTIES INSTALL_RPATH "${librariesFromPrograms}")
-    install(TARGETS firewall-control RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS firewall-control
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        COMPONENT example)
 endif()
