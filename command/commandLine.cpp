@@ -37,7 +37,8 @@ Commands allCommands() {
                                  inspectionCommands,
                                  kernelCommands,
                                  historyCommands,
-                                 trialCommands}) {
+                                 trialCommands,
+                                 watchCommands}) {
         const Commands part = commands();
         all.insert(all.end(), part.begin(), part.end());
     }

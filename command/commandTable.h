@@ -38,6 +38,7 @@ using Commands = std::vector<Command>;
 [[nodiscard]] Commands kernelCommands();
 [[nodiscard]] Commands historyCommands();
 [[nodiscard]] Commands trialCommands();
+[[nodiscard]] Commands watchCommands();
 
 }  // namespace zamofw
 

@@ -7,6 +7,7 @@
 
 #include "command/apply/keptRules.h"
 #include "command/apply/kernelState.h"
+#include "command/apply/lastReload.h"
 #include "command/apply/programs.h"
 #include "command/apply/restore.h"
 #include "command/apply/restoreError.h"
@@ -214,7 +215,10 @@ Outcome applyPlan(const Plan& plan) {
 }
 
 Outcome applyPlan(const Plan& plan, const ExecutionLock& lock) {
-    return applied(plan, lock, Input::kKept);
+    ReloadRecord record;
+    Outcome outcome = applied(plan, lock, Input::kKept);
+    record.setApplied(outcome.applied);
+    return outcome;
 }
 
 Outcome applyForNow(const Plan& plan, const ExecutionLock& lock) {

@@ -74,10 +74,12 @@ TEST_P(CommandSession, goesAsWritten) {
 
 INSTANTIATE_TEST_SUITE_P(All, CommandSession,
                          testing::Values("wrongWords", "profiles", "history", "catalogue", "check",
-                                         "meaning"));
+                                         "meaning", "watch"),
+                         [](const auto& session) { return std::string(session.param); });
 
 // Those that look at the kernel run with both variants of iptables.
 INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession,
-                         testing::Values("rehearse", "verify", "start", "trial", "doctor"));
+                         testing::Values("rehearse", "verify", "start", "trial", "doctor"),
+                         [](const auto& session) { return std::string(session.param); });
 
 }  // namespace
