@@ -1,5 +1,6 @@
 // The words of the commands that switch the firewall and put rules into force.
 
+#include "command/answers/metricsAnswer.h"
 #include "command/answers/reloadAnswer.h"
 #include "command/answers/statusAnswer.h"
 #include "command/answers/switchAnswers.h"
@@ -11,8 +12,20 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-Answer status(CLI::App&, const Words&) {
-    return statusAnswer;
+Answer status(CLI::App& app, const Words&) {
+    struct Options {
+        bool metrics = false;
+        std::optional<std::string> output;
+    };
+    const auto options = std::make_shared<Options>();
+    app.add_flag("--metrics", options->metrics, "the figures for the node exporter of Prometheus");
+    addOptional(app, "--output", options->output, "the file to write them into");
+    return [options](const Console& console) {
+        if (options->output && !options->metrics) {
+            wrongUse("`--output` goes with `--metrics`");
+        }
+        return options->metrics ? metricsAnswer(console, options->output) : statusAnswer(console);
+    };
 }
 
 Answer enable(CLI::App& app, const Words& given) {
@@ -49,7 +62,11 @@ Answer update(CLI::App&, const Words& given) {
 
 Commands firewallCommands() {
     return {
-        {"status", "", "whether the firewall is enabled, and with what", status, nullptr},
+        {"status",
+         "[--metrics [--output FILE]]",
+         "whether the firewall is enabled, and with what",
+         status,
+         nullptr},
         {"enable", "[--force]", "switch the firewall on", enable, nullptr},
         {"disable", "", "switch the firewall off", disable, nullptr},
         {"reload",

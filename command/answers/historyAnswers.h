@@ -13,7 +13,7 @@ namespace zamofw {
 
 // The last `count` changes, or all. With --json a line for each, as it is logged:
 // {"time":RFC3339,"user":S,"from":S|null,"command":[S...],"result":N,"before":DIGEST,
-//  "after":DIGEST}
+//  "after":DIGEST,"milliseconds":N}
 [[nodiscard]] Status logAnswer(const Console& console, std::optional<std::size_t> count);
 
 // Brings back what was there before the last change. kNo when there is nothing to take back.

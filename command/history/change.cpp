@@ -3,6 +3,7 @@
 #include <zamo/core.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <exception>
 #include <iostream>
@@ -37,6 +38,7 @@ std::string digestNow() {
 struct End {
     Status status = Status::kFailed;
     std::exception_ptr problem;
+    std::int64_t milliseconds = 0;
 
     Status result() const {
         if (problem != nullptr) {
@@ -47,6 +49,8 @@ struct End {
 };
 
 End run(const std::function<Status()>& change) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point begin = Clock::now();
     End end;
     try {
         end.status = change();
@@ -56,6 +60,8 @@ End run(const std::function<Status()>& change) {
     } catch (...) {
         end.problem = std::current_exception();
     }
+    end.milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
     return end;
 }
 
@@ -85,6 +91,7 @@ LoggedChange begun(const std::vector<std::string>& words, const std::string& bef
 
 void finish(LoggedChange& logged, const End& end) {
     logged.result = end.status;
+    logged.milliseconds = end.milliseconds;
     logged.after = digestNow();
     if (!logChange(logged)) {
         warn("the change is not written to /var/log/zamofw/changes.jsonl", errno);

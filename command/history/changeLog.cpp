@@ -38,6 +38,7 @@ Json::Value jsonOf(const LoggedChange& change) {
     json["result"] = static_cast<int>(change.result);
     json["before"] = change.before;
     json["after"] = change.after;
+    json["milliseconds"] = Json::Int64{change.milliseconds};
     return json;
 }
 

@@ -5,6 +5,7 @@
 #include <json/value.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <optional>
 #include <string>
@@ -22,6 +23,7 @@ struct LoggedChange {
     Status result = Status::kFailed;
     std::string before;  // digests of the export
     std::string after;
+    std::int64_t milliseconds = 0;  // that the change took
 };
 
 // RFC 3339, in UTC.
