@@ -1,6 +1,9 @@
 #include "command/answers/kernelMatch.h"
 
+#include <exception>
+
 #include "command/answers/profileInForce.h"
+#include "command/answers/table.h"
 #include "command/apply/executionLock.h"
 #include "command/apply/lockHolders.h"
 #include "command/document/target.h"
@@ -37,6 +40,20 @@ KernelMatch kernelMatch(int secondsForReload) {
     match.expected = shouldBe();
     match.differences = differencesTo(match.expected.plan);
     return match;
+}
+
+// Nothing that stands in the way of the question may stand in the way of the rest of the answer.
+KernelAnswer kernelAnswer() try {
+    const KernelMatch match = kernelMatch(0);
+    if (match.differences.empty()) {
+        return {"same", match.expected.isEnabled ? "as the profile says" : "it holds no rules"};
+    }
+    return {"differs",
+            counted(match.differences.size(), "difference") +
+                (match.reload.empty() ? "; `zamofw verify` shows them" : "; " + match.reload)};
+} catch (const std::exception& problem) {
+    const std::string reason = problem.what();
+    return {"unknown", reason.substr(0, reason.find('\n'))};
 }
 
 }  // namespace zamofw

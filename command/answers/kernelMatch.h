@@ -30,6 +30,13 @@ struct KernelMatch {
 // be asked.
 [[nodiscard]] KernelMatch kernelMatch(int secondsForReload);
 
+// The same in a word, for answers that are mainly about something else.
+struct KernelAnswer {
+    const char* answer;  // "same", "differs" or "unknown"
+    std::string reason;
+};
+[[nodiscard]] KernelAnswer kernelAnswer();
+
 }  // namespace zamofw
 
 #endif

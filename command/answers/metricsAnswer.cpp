@@ -10,6 +10,7 @@
 #include <cstring>
 #include <ostream>
 
+#include "command/answers/kernelMatch.h"
 #include "command/answers/metricsText.h"
 #include "command/answers/profileInForce.h"
 #include "command/apply/lastReload.h"
@@ -85,7 +86,7 @@ Metrics gathered(const Console& console) {
     Metrics metrics;
     metrics.isEnabled = isFirewallEnabled();
     metrics.profile = profileNameInForce();
-    metrics.kernel = "unknown";
+    metrics.kernel = kernelAnswer().answer;
     metrics.lastChange = lastChange();
     metrics.lastReload = reloadFigures();
     try {

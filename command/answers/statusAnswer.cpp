@@ -11,7 +11,6 @@
 
 #include "command/answers/jsonLine.h"
 #include "command/answers/kernelMatch.h"
-#include "command/answers/table.h"
 #include "command/apply/bootTime.h"
 #include "command/apply/kernelState.h"
 #include "command/apply/startNote.h"
@@ -88,28 +87,6 @@ std::string policiesText(const Policies& policies) {
     return "INPUT " + policies.input + ", FORWARD " + policies.forward;
 }
 
-struct Kernel {
-    const char* answer;  // "same", "differs" or "unknown"
-    std::string reason;
-};
-
-// Nothing that stands in the way of the question may stand in the way of the rest of the answer.
-Kernel askKernel(bool mayAsk) try {
-    if (!mayAsk) {
-        return {"unknown", "only root may ask it"};
-    }
-    const KernelMatch match = kernelMatch(0);
-    if (match.differences.empty()) {
-        return {"same", match.expected.isEnabled ? "as the profile says" : "it holds no rules"};
-    }
-    return {"differs",
-            counted(match.differences.size(), "difference") +
-                (match.reload.empty() ? "; `zamofw verify` shows them" : "; " + match.reload)};
-} catch (const std::exception& problem) {
-    const std::string reason = problem.what();
-    return {"unknown", reason.substr(0, reason.find('\n'))};
-}
-
 // What only root may read is not said to others.
 std::optional<TrialState> currentTrial(const Console& console) {
     try {
@@ -158,7 +135,8 @@ Status statusAnswer(const Console& console) {
     const Settings settings = readSettings();
     const std::size_t rules = countRules(settings.profile);
     const bool mayAsk = geteuid() == 0;
-    const Kernel kernel = askKernel(mayAsk);
+    const KernelAnswer kernel =
+        mayAsk ? kernelAnswer() : KernelAnswer{"unknown", "only root may ask it"};
     const Policies v4 = mayAsk ? kernelPolicies(4) : Policies();
     const Policies v6 = mayAsk ? kernelPolicies(6) : Policies();
     const std::optional<StartNote> start = readStartNote();
