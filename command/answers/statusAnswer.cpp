@@ -1,11 +1,8 @@
 #include "command/answers/statusAnswer.h"
 
-#include <json/reader.h>
 #include <json/value.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <exception>
 #include <ostream>
 #include <string>
 
@@ -16,48 +13,11 @@
 #include "command/apply/startNote.h"
 #include "command/apply/trialState.h"
 #include "command/document/storedProfile.h"
-#include "command/document/textFile.h"
+#include "command/document/storedSettings.h"
 #include "command/words/quoting.h"
-#include "library/model/names.h"
 
 namespace zamofw {
 namespace {
-
-struct Settings {
-    bool isEnabled = false;
-    std::string profile = "default";
-};
-
-[[noreturn]] void badSettings(const std::string& why) {
-    failed(std::string(FW::kSettingsFile) + " " + why, "mend the file, or delete it");
-}
-
-// Read without the library, whose lock files only root may open. A file that is missing stands for
-// the defaults.
-Settings readSettings() {
-    Settings settings;
-    std::string text;
-    if (!readTextQuietly(FW::kSettingsFile, text)) {
-        if (errno == EACCES) {
-            requireRoot(std::string("reading ") + FW::kSettingsFile);
-        }
-        if (errno != ENOENT) {
-            badSettings("cannot be read");
-        }
-        return settings;
-    }
-    Json::Value json;
-    try {
-        if (!Json::Reader().parse(text, json) || !json.isObject()) {
-            badSettings("is no JSON object");
-        }
-        settings.isEnabled = json.get("status", false).asBool();
-        settings.profile = json.get("profile", "").asString();
-    } catch (const Json::Exception& problem) {
-        badSettings(std::string("cannot be used: ") + problem.what());
-    }
-    return settings;
-}
 
 // Those of a profile as its document has them, so that one with faults can be counted too.
 std::size_t countRules(const std::string& profile) {
@@ -132,7 +92,7 @@ std::string startText(const StartNote& start) {
 }  // namespace
 
 Status statusAnswer(const Console& console) {
-    const Settings settings = readSettings();
+    const StoredSettings settings = storedSettings();
     const std::size_t rules = countRules(settings.profile);
     const bool mayAsk = geteuid() == 0;
     const KernelAnswer kernel =
