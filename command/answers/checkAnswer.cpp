@@ -44,20 +44,6 @@ void showProgress(const Console& console, const std::vector<Document>& documents
     }
 }
 
-// The faults of the text, and what its rules mean, in the order of the text.
-Findings checkDocument(const Document& document,
-                       const CheckContext& context,
-                       const std::optional<Client>& client) {
-    Findings findings = checkProfile(document, context);
-    Findings meaning = meaningFindings(document, client);
-    std::move(meaning.begin(), meaning.end(), std::back_inserter(findings));
-    std::stable_sort(
-        findings.begin(), findings.end(), [](const Finding& one, const Finding& other) {
-            return std::tie(one.line, one.column) < std::tie(other.line, other.column);
-        });
-    return findings;
-}
-
 Findings checkAll(const Console& console,
                   const CheckContext& context,
                   const std::optional<Client>& client) {
@@ -76,6 +62,19 @@ Findings checkAll(const Console& console,
 }
 
 }  // namespace
+
+Findings checkDocument(const Document& document,
+                       const CheckContext& context,
+                       const std::optional<Client>& client) {
+    Findings findings = checkProfile(document, context);
+    Findings meaning = meaningFindings(document, client);
+    std::move(meaning.begin(), meaning.end(), std::back_inserter(findings));
+    std::stable_sort(
+        findings.begin(), findings.end(), [](const Finding& one, const Finding& other) {
+            return std::tie(one.line, one.column) < std::tie(other.line, other.column);
+        });
+    return findings;
+}
 
 Status checkAnswer(const Console& console, const CheckRequest& request) {
     if (request.all && (request.target.profile || request.target.file)) {
