@@ -37,6 +37,7 @@ Commands allCommands() {
                                  inspectionCommands,
                                  kernelCommands,
                                  historyCommands,
+                                 reportCommands,
                                  trialCommands,
                                  watchCommands}) {
         const Commands part = commands();

@@ -37,6 +37,7 @@ using Commands = std::vector<Command>;
 [[nodiscard]] Commands inspectionCommands();
 [[nodiscard]] Commands kernelCommands();
 [[nodiscard]] Commands historyCommands();
+[[nodiscard]] Commands reportCommands();
 [[nodiscard]] Commands trialCommands();
 [[nodiscard]] Commands watchCommands();
 

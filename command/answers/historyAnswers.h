@@ -19,6 +19,9 @@ namespace zamofw {
 // Brings back what was there before the last change. kNo when there is nothing to take back.
 [[nodiscard]] Status undoAnswer(const Console& console, const std::vector<std::string>& call);
 
+// "done", "refused"; what an exit status in the log of changes says.
+[[nodiscard]] std::string resultText(int result);
+
 }  // namespace zamofw
 
 #endif

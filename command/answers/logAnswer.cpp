@@ -9,6 +9,20 @@
 namespace zamofw {
 namespace {
 
+Row rowOf(const Json::Value& entry) {
+    std::vector<std::string> words = {"zamofw"};
+    for (const Json::Value& word : entry["command"]) {
+        words.push_back(word.isString() ? word.asString() : "?");
+    }
+    return {entry["time"].asString(),
+            entry["user"].asString(),
+            entry["from"].isString() ? entry["from"].asString() : "-",
+            resultText(entry["result"].asInt()),
+            shellQuoted(words)};
+}
+
+}  // namespace
+
 std::string resultText(int result) {
     switch (static_cast<Status>(result)) {
         case Status::kDone:
@@ -24,20 +38,6 @@ std::string resultText(int result) {
     }
     return "status " + std::to_string(result);
 }
-
-Row rowOf(const Json::Value& entry) {
-    std::vector<std::string> words = {"zamofw"};
-    for (const Json::Value& word : entry["command"]) {
-        words.push_back(word.isString() ? word.asString() : "?");
-    }
-    return {entry["time"].asString(),
-            entry["user"].asString(),
-            entry["from"].isString() ? entry["from"].asString() : "-",
-            resultText(entry["result"].asInt()),
-            shellQuoted(words)};
-}
-
-}  // namespace
 
 Status logAnswer(const Console& console, std::optional<std::size_t> count) {
     std::vector<Row> rows;
