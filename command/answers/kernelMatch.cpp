@@ -42,6 +42,26 @@ KernelMatch kernelMatch(int secondsForReload) {
     return match;
 }
 
+const char* kindName(Difference::Kind kind) {
+    switch (kind) {
+        case Difference::Kind::kMissing:
+            return "missing";
+        case Difference::Kind::kExtra:
+            return "extra";
+        case Difference::Kind::kMoved:
+            return "moved";
+        case Difference::Kind::kPolicy:
+            return "policy";
+        case Difference::Kind::kGuard:
+            return "guard";
+        case Difference::Kind::kJump:
+            return "jump";
+        case Difference::Kind::kChain:
+            return "chain";
+    }
+    return "";
+}
+
 // Nothing that stands in the way of the question may stand in the way of the rest of the answer.
 KernelAnswer kernelAnswer() try {
     const KernelMatch match = kernelMatch(0);

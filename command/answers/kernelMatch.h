@@ -30,7 +30,10 @@ struct KernelMatch {
 // be asked.
 [[nodiscard]] KernelMatch kernelMatch(int secondsForReload);
 
-// The same in a word, for answers that are mainly about something else.
+// "missing", "extra", ...
+[[nodiscard]] const char* kindName(Difference::Kind kind);
+
+// A match in a word, for answers that are mainly about something else.
 struct KernelAnswer {
     const char* answer;  // "same", "differs" or "unknown"
     std::string reason;

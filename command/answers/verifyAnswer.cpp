@@ -17,26 +17,6 @@ using Kind = Difference::Kind;
 
 constexpr int kSecondsForReload = 5;
 
-const char* kindName(Kind kind) {
-    switch (kind) {
-        case Kind::kMissing:
-            return "missing";
-        case Kind::kExtra:
-            return "extra";
-        case Kind::kMoved:
-            return "moved";
-        case Kind::kPolicy:
-            return "policy";
-        case Kind::kGuard:
-            return "guard";
-        case Kind::kJump:
-            return "jump";
-        case Kind::kChain:
-            return "chain";
-    }
-    return "";
-}
-
 Json::Value toJson(const Difference& difference) {
     const PlannedLine origin = difference.origin.value_or(PlannedLine());
     Json::Value json;
