@@ -146,6 +146,7 @@ Status revertWhenDue(const Console& console) {
     becomeTrialTimer();
     const std::optional<TrialState> trial = readTrial();
     if (!trial || !adopt(trial->id)) {
+        answerChange(console, false, "no trial is under way that lacks a timer");
         return Status::kNo;
     }
     return takeBackAtLast(console, trial->id, trial->deadline) == Turn::kTakenBack ? Status::kDone

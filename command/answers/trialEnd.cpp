@@ -91,7 +91,8 @@ std::string takeBackTrial(const Console& console,
                           const std::optional<TrialState>& trial,
                           Patience patience,
                           const ExecutionLock& lock) {
-    std::string problems;
+    // Somebody may have taken them away meanwhile.
+    std::string problems = makeChains(Door::kAsItIs, lock).problems;
     if (isSavedBack(patience, lock, problems)) {
         forgetTrial(trial);
         return kOldRules;

@@ -208,8 +208,11 @@ SetUp makeChains(Door door, const ExecutionLock& lock) {
     return changeBoth(
         [door](const Listing& listing, int family) {
             Lines lines = creationLines(listing);
-            append(lines,
-                   door == Door::kOpen ? openingLines(listing) : closingLines(listing, family));
+            if (door == Door::kOpen) {
+                append(lines, openingLines(listing));
+            } else if (door == Door::kClosedUntilFilled) {
+                append(lines, closingLines(listing, family));
+            }
             return lines;
         },
         lock);

@@ -15,6 +15,7 @@ enum class Door {
     kClosedUntilFilled,
     // Nothing is filtered: the chains are empty and the policies open.
     kOpen,
+    kAsItIs,
 };
 
 struct SetUp {
