@@ -33,13 +33,9 @@ posix::Descriptor openDirectoryAt(int directory, const char* name) {
         posix::Descriptor(openat(directory, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
 }
 
-bool isLinkOfOthers(int directory, const struct stat& link) {
+bool isForEverybody(int directory) {
     struct stat status = {};
-    if (fstat(directory, &status) != 0) {
-        return true;
-    }
-    return (status.st_mode & S_IWOTH) != 0 && link.st_uid != geteuid() &&
-           link.st_uid != status.st_uid;
+    return fstat(directory, &status) != 0 || (status.st_mode & S_IWOTH) != 0;
 }
 
 std::string targetOf(int directory, const std::string& name) {
@@ -84,11 +80,11 @@ class Walk {
             at_ = openDirectoryAt(at_.get(), name.c_str());
             return;
         }
-        if (isLinkOfOthers(at_.get(), status)) {
+        if (isForEverybody(at_.get())) {
             notWritten(path_,
                        shown(name) +
-                           " is another user's symbolic link, in a directory that "
-                           "everybody may write to");
+                           " is a symbolic link in a directory that everybody may write "
+                           "to");
         }
         const std::string target = targetOf(at_.get(), name);
         if (target.empty() || ++links_ > kMostLinks) {

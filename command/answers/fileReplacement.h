@@ -7,8 +7,8 @@
 namespace zamofw {
 
 // Writes the text into a new file that its owner alone can read, which then takes the name. Follows
-// no link that another user may have put there: one in a directory that everybody may write to.
-// Throws Failure; the old file is then as it was.
+// no symbolic link in a directory that everybody may write to, where anybody may have put it, and
+// replaces nothing but a plain file. Throws Failure; what was there is then as it was.
 void replaceFile(const std::string& path, const std::string& text);
 
 }  // namespace zamofw

@@ -324,6 +324,8 @@ MatrixGroup groupOf(const Way& way) {
         nameSources(open);
         rows.push_back(std::move(open));
     }
+    // Of rows that are equally wide, the first ones are kept.
+    std::stable_sort(rows.begin(), rows.end(), comesBefore);
     foldRows(rows);
     std::stable_sort(rows.begin(), rows.end(), comesBefore);
     MatrixGroup group = {way.interfaces, way.toMachine, way.throughMachine, {}};

@@ -110,8 +110,8 @@ summary { cursor: pointer; color: var(--link); }
     .list, .list tbody, .list caption { display: block; }
     .list thead { position: absolute; width: 1px; height: 1px; overflow: hidden; clip-path: inset(50%); }
     .list tbody tr { display: flex; flex-wrap: wrap; gap: 0.1rem 0.75rem; padding: 0.45rem 0; }
-    .list tbody [role] { width: auto; padding: 0; }
-    .list tbody .number[role] { min-width: 1.4em; }
+    .list tbody tr > [role] { width: auto; padding: 0; }
+    .list tbody tr > .number { min-width: 1.4em; }
     .list .who, .list .message, .list .notes { flex-basis: 100%; }
     .list td:empty { display: none; }
     .list .count { text-align: left; font-size: 0.8125rem; color: var(--soft); }
@@ -131,6 +131,7 @@ summary { cursor: pointer; color: var(--link); }
     nav { display: none; }
     h1 { font-size: 15pt; }
     h2 { margin-top: 7mm; font-size: 11pt; break-after: avoid; }
+    h3 { font-size: 9.5pt; }
     h3, .legend, h3 + p, caption { break-after: avoid; }
     .summary { font-size: 11pt; }
     .note, .remedy, caption, .legend, .list thead span, .matrix .service span { font-size: 7.5pt; }
