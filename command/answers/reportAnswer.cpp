@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <ostream>
 
@@ -165,7 +167,10 @@ Status reportAnswer(const Console& console, const std::string& file) {
     }
     const Report report = collected();
     if (isToStream) {
-        console.out << page(report);
+        errno = 0;
+        if (!(console.out << page(report) << std::flush)) {
+            failed(std::string("the report cannot be written: ") + std::strerror(errno));
+        }
         return Status::kDone;
     }
     replaceFile(file, page(report));

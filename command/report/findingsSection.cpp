@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 
 #include "command/report/sections.h"
@@ -15,22 +16,32 @@ struct Fault {
     std::vector<std::string> places;
 };
 
-std::vector<Fault> faultsOf(const Findings& findings) {
+// What lets in or locks out comes before rules that are only too many.
+int rankOf(const Finding& finding) {
+    if (finding.severity == Severity::kError) {
+        return 0;
+    }
+    return finding.kind == "lockout"     ? 1
+           : finding.kind == "shadowed"  ? 3
+           : finding.kind == "redundant" ? 4
+                                         : 2;
+}
+
+std::vector<Fault> faultsOf(Findings& findings) {
+    std::stable_sort(
+        findings.begin(), findings.end(), [](const Finding& one, const Finding& other) {
+            return rankOf(one) < rankOf(other);
+        });
     std::vector<Fault> faults;
     std::map<std::pair<std::string, std::string>, std::size_t> known;
-    for (const Severity severity : {Severity::kError, Severity::kWarning}) {
-        for (const Finding& finding : findings) {
-            if (finding.severity != severity) {
-                continue;
-            }
-            const auto [fault, isNew] =
-                known.try_emplace({finding.message, finding.remedy}, faults.size());
-            if (isNew) {
-                faults.push_back({&finding, {}});
-            }
-            faults[fault->second].places.push_back(std::to_string(finding.line) + ":" +
-                                                   std::to_string(finding.column));
+    for (const Finding& finding : findings) {
+        const auto [fault, isNew] =
+            known.try_emplace({finding.message, finding.remedy}, faults.size());
+        if (isNew) {
+            faults.push_back({&finding, {}});
         }
+        faults[fault->second].places.push_back(std::to_string(finding.line) + ":" +
+                                               std::to_string(finding.column));
     }
     return faults;
 }
@@ -81,7 +92,8 @@ Html findingsSection(const Report& report) {
                         {"Line", "place soft", true}},
                        {},
                        kOpenFindings};
-    for (const Fault& fault : faultsOf(report.findings)) {
+    Findings findings = report.findings;
+    for (const Fault& fault : faultsOf(findings)) {
         listing.rows.push_back(cellsOf(fault));
     }
     const bool isLong = report.findings.size() > kOpenFindings;

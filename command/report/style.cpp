@@ -18,7 +18,8 @@ const char* styleSheet() {
 html { -webkit-text-size-adjust: 100%; text-size-adjust: 100%; }
 body {
     margin: 0; padding: 1.75rem 1rem 3rem; background: var(--paper); color: var(--ink);
-    font: 0.9375rem/1.45 system-ui, -apple-system, "Segoe UI", "DejaVu Sans", sans-serif;
+    font: 0.9375rem/1.45 -apple-system, "Segoe UI", Roboto, Cantarell, "Noto Sans", "DejaVu Sans",
+        sans-serif;
     font-variant-numeric: tabular-nums; overflow-wrap: anywhere;
 }
 main { max-width: 64rem; margin: 0 auto; }
