@@ -18,6 +18,7 @@
 #include "command/apply/lockHolders.h"
 #include "command/apply/moduleNote.h"
 #include "command/apply/transaction.h"
+#include "command/apply/trial.h"
 #include "command/apply/trialState.h"
 #include "library/model/names.h"
 #include "zamofirewall/profile.h"
@@ -169,6 +170,11 @@ bool repairRules(const Console& console, const ExecutionLock& lock, bool isStale
     return mustBeEmpty;
 }
 
+// None as well for a record that nobody can read.
+std::optional<TrialState> readableTrial() try { return readTrial(); } catch (const Failure&) {
+    return std::nullopt;
+}
+
 void endStaleTrial(const Console& console) {
     constexpr std::size_t kPrefixLength = sizeof ".test_" - 1;
     for (const std::string& copy : staleCopies()) {
@@ -177,7 +183,7 @@ void endStaleTrial(const Console& console) {
         }
     }
     if (trialNow() == Trial::kStale) {
-        removeTrial();
+        forgetTrial(readableTrial());
     }
 }
 
