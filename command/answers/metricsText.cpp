@@ -64,7 +64,8 @@ class Text {
 };
 
 void addState(const Metrics& metrics, Text& text) {
-    text.addGauge("zamofw_enabled", "Whether the firewall is switched on.", +metrics.isEnabled);
+    text.addGauge(
+        "zamofw_enabled", "Whether the firewall is switched on.", metrics.isEnabled ? 1 : 0);
     text.addGauge("zamofw_profile_info",
                   "The profile in force, as a label.",
                   1,
@@ -123,7 +124,7 @@ void addLastReload(const ReloadFigures& reload, Text& text) {
         "zamofw_last_reload_duration_seconds", "How long the last reload took.", reload.duration);
     text.addGauge("zamofw_last_reload_success",
                   "Whether the last reload put its rules into force.",
-                  +reload.isApplied);
+                  reload.isApplied ? 1 : 0);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "command/answers/trialEnd.h"
 #include "command/apply/kernelModules.h"
 #include "command/apply/kernelState.h"
+#include "command/apply/lastReload.h"
 #include "command/apply/startNote.h"
 #include "command/apply/trial.h"
 #include "command/history/change.h"
@@ -166,12 +167,15 @@ InForce putIntoForce(const Console& console, Errors errors, const ExecutionLock&
     if (!result.isEnabled) {
         return result;
     }
+    // What comes before the transaction belongs to the reload as well.
+    ReloadRecord record;
     loadKernelModules();
     checkFirst(console, profile, errors);
     const Plan plan = planOf(profile);
     showProgress(console, plan);
     const SavedRulesAside aside;
     result.outcome = applyPlan(plan, lock);
+    record.setApplied(result.outcome.applied);
     if (result.outcome.applied) {
         dropStartNote();
         endTrial(console);
