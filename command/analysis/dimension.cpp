@@ -327,6 +327,7 @@ Intervals Dimension::numbersIn(const Bits& classes) const {
 
 void Dimension::appendParts(const std::vector<std::size_t>& parts, Intervals& numbers) const {
     std::vector<std::vector<PatternTerm>> lists;
+    lists.reserve(parts.size());
     for (const std::size_t part : parts) {
         lists.push_back(classes_[part].terms);
     }

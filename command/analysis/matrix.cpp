@@ -158,12 +158,14 @@ class FamilyMatrix {
         std::map<std::vector<Bits>, Bits> groups;
         for (std::size_t source = 0; source < count; ++source) {
             std::vector<Bits> rows;
+            rows.reserve(protocols.size());
             for (const Rows& protocol : protocols) {
                 rows.push_back(protocol.rowOf(source));
             }
             groups.try_emplace(std::move(rows), Bits(count)).first->second.set(source);
         }
         std::vector<RowGroup> found;
+        found.reserve(groups.size());
         for (auto& [rows, sources] : groups) {
             found.push_back({std::move(sources), rows});
         }

@@ -298,13 +298,13 @@ class LineReader {
 
 // A built-in line for some types of ICMPv6 messages, without its type.
 std::optional<std::string> withoutMessageType(const PlannedLine& line) {
-    constexpr std::string_view option = " --icmpv6-type ";
-    const std::size_t begin = line.line.find(option);
+    constexpr std::string_view kOption = " --icmpv6-type ";
+    const std::size_t begin = line.line.find(kOption);
     if (line.kind != LineKind::kBuiltIn || begin == std::string::npos) {
         return std::nullopt;
     }
     std::string rest = line.line;
-    const std::size_t end = rest.find(' ', begin + option.size());
+    const std::size_t end = rest.find(' ', begin + kOption.size());
     return rest.erase(begin, end - begin);
 }
 

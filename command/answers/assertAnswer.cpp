@@ -74,6 +74,7 @@ Violations violationsOf(const std::vector<IntentLine>& intents, const FW::FWPROF
     const auto intended = meaningOf(profileOfIntents(intents), "the intents", reader);
     requireKnown(*intended);
     std::vector<analysis::Intent> wanted;
+    wanted.reserve(intents.size());
     for (const IntentLine& line : intents) {
         wanted.push_back(line.intent);
     }
