@@ -187,8 +187,10 @@ Outcome fromJson(const Json::Value& json) {
 
 Outcome timed(const Restore& v4, const Restore& v6, const ExecutionLock& lock, Input input) {
     const Clock::time_point begin = Clock::now();
+    ReloadRecord record;
     const Transaction transaction = {v4, v6, lock, input};
     Outcome outcome = fromJson(inSeparateProcess([&] { return toJson(apply(transaction)); }));
+    record.setApplied(outcome.applied);
     outcome.milliseconds =
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
     return outcome;
@@ -215,10 +217,7 @@ Outcome applyPlan(const Plan& plan) {
 }
 
 Outcome applyPlan(const Plan& plan, const ExecutionLock& lock) {
-    ReloadRecord record;
-    Outcome outcome = applied(plan, lock, Input::kKept);
-    record.setApplied(outcome.applied);
-    return outcome;
+    return applied(plan, lock, Input::kKept);
 }
 
 Outcome applyForNow(const Plan& plan, const ExecutionLock& lock) {
