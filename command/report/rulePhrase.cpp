@@ -52,7 +52,7 @@ std::string protocolPhrase(std::int32_t protocol) {
 }
 
 std::string portPhrase(const FW::FWRULE& rule) {
-    const std::string protocol = protocolPhrase(rule.protocol);
+    std::string protocol = protocolPhrase(rule.protocol);
     if (rule.protocol == FW::FW_PROTOCOL_ICMP || rule.protocol == FW::FW_PROTOCOL_IGMP) {
         return protocol;
     }

@@ -135,6 +135,7 @@ std::size_t foldServices(std::vector<Service>& services) {
         return 0;
     }
     std::vector<std::size_t> uses;
+    uses.reserve(services.size());
     for (const Service& service : services) {
         uses.push_back(service.uses);
     }
@@ -363,7 +364,7 @@ ServiceMatrix serviceMatrix(const std::vector<SourceClass>& classes,
 }
 
 std::string rangeText(const Interval& range, int family) {
-    const std::string first = analysis::addressText(range.first, family);
+    std::string first = analysis::addressText(range.first, family);
     if (range.first == range.last) {
         return first;
     }

@@ -1,9 +1,9 @@
 #include "command/report/style.h"
 
 namespace zamofw::report {
+namespace {
 
-const char* styleSheet() {
-    return R"css(:root {
+constexpr const char* kStyleSheet = R"css(:root {
     color-scheme: light dark;
     --paper: #ffffff; --band: #f2f4f6; --ink: #1a1e22; --soft: #57606a; --rule: #d0d5da;
     --allowed: #1a6a3c; --partly: #835300; --denied: #a8222b; --link: #1f5287;
@@ -144,6 +144,11 @@ summary { cursor: pointer; color: var(--link); }
     .matrix .way { break-after: avoid; }
 }
 )css";
+
+}  // namespace
+
+const char* styleSheet() {
+    return kStyleSheet;
 }
 
 }  // namespace zamofw::report
