@@ -45,7 +45,8 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zamofirewall.pc
     COMPONENT development)
 
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
-install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+    PATTERN man EXCLUDE)
 if(TARGET firewall-control)
     if(IS_ABSOLUTE "${CMAKE_INSTALL_BINDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
         set(librariesFromPrograms ${CMAKE_INSTALL_FULL_LIBDIR})
