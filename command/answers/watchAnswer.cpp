@@ -98,11 +98,13 @@ class Watch {
         if (known_ && changed.empty()) {
             return settled(std::move(state));
         }
+        // A trial begins and ends under this lock.
+        const ExecutionLock lock;
         if (isTrialUnderWay()) {
             return waitForTrial();
         }
         isWaitingForTrial_ = false;
-        return reload(std::move(state), changed);
+        return reload(std::move(state), changed, lock);
     } catch (const Failure& failure) {
         return retryAfter(std::string(failure.what()) + "\n  " + failure.remedy());
     } catch (const std::exception& problem) {
@@ -127,11 +129,13 @@ class Watch {
         return kUntilNextLookAtTrial;
     }
 
-    std::optional<milliseconds> reload(AdapterState state, const std::set<std::string>& changed) {
+    std::optional<milliseconds> reload(AdapterState state,
+                                       const std::set<std::string>& changed,
+                                       const ExecutionLock& lock) {
         if (known_) {
             console_.err << "came, went or changed: " << listed(changed) << "\n";
         }
-        const InForce result = putIntoForce(console_, Errors::kShow);
+        const InForce result = putIntoForce(console_, Errors::kShow, lock);
         (void)showInForce(console_, result);
         return result.isEnabled && !result.outcome.applied ? retry() : settled(std::move(state));
     }
