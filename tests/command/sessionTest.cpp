@@ -61,6 +61,7 @@ class CommandSession : public testing::TestWithParam<const char*> {
         }
         // Who calls from afar is looked for in the processes above, too; the empty text ends that.
         (void)setenv("SSH_CONNECTION", "", 1);
+        (void)setenv("COMPLETION", COMPLETION, 1);
         const char* const path = std::getenv("PATH");
         (void)setenv("PATH",
                      (PROGRAM_DIRECTORY ":" + std::string(path == nullptr ? "" : path)).c_str(), 1);
@@ -74,7 +75,7 @@ TEST_P(CommandSession, goesAsWritten) {
 
 INSTANTIATE_TEST_SUITE_P(All, CommandSession,
                          testing::Values("wrongWords", "profiles", "history", "catalogue", "check",
-                                         "meaning", "watch"),
+                                         "meaning", "completion", "watch"),
                          [](const auto& session) { return std::string(session.param); });
 
 // Those that look at the kernel run with both variants of iptables.
