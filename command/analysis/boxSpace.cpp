@@ -1,6 +1,7 @@
 #include "command/analysis/boxSpace.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <tuple>
 #include <unordered_map>
@@ -226,7 +227,8 @@ class BoxSpace::Builder {
         }
         if ((hooks & bitOf(Hook::kForward)) != 0) {
             const Intervals out = named(space_.interfaces_.out, pattern, 1);
-            numbers.insert(numbers.end(), out.begin(), out.end());
+            numbers.reserve(numbers.size() + out.size());
+            std::copy(out.begin(), out.end(), std::back_inserter(numbers));
         }
         return numbered(kOut, std::move(numbers));
     }
