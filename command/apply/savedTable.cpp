@@ -52,9 +52,9 @@ SavedFamilies savedFamilies() {
     return {tablesIn(4, v4), tablesIn(6, v6)};
 }
 
-const SavedTable& tableOf(const SavedTables& tables, const std::string& name) {
+const SavedTable& tableOf(const SavedTables& tables, std::string_view name) {
     static const SavedTable kNone;
-    const auto found = tables.find(name);
+    const auto found = tables.find(std::string(name));
     return found == tables.end() ? kNone : found->second;
 }
 
@@ -74,9 +74,9 @@ SavedTables parseTables(const std::string& text) {
     return tables;
 }
 
-const std::vector<std::string>& rulesOf(const SavedTable& table, const std::string& chain) {
+const std::vector<std::string>& rulesOf(const SavedTable& table, std::string_view chain) {
     static const std::vector<std::string> kNone;
-    const auto found = table.find(chain);
+    const auto found = table.find(std::string(chain));
     return found == table.end() ? kNone : found->second.rules;
 }
 

@@ -29,11 +29,11 @@ struct SavedFamilies {
 [[nodiscard]] SavedFamilies savedFamilies();
 
 // The table of this name; an empty one when it is not there.
-[[nodiscard]] const SavedTable& tableOf(const SavedTables& tables, const std::string& name);
+[[nodiscard]] const SavedTable& tableOf(const SavedTables& tables, std::string_view name);
 
 // The rules of a chain; none when it is not there.
 [[nodiscard]] const std::vector<std::string>& rulesOf(const SavedTable& table,
-                                                      const std::string& chain);
+                                                      std::string_view chain);
 
 // The chain that a rule's line is about: the word after "-A ".
 [[nodiscard]] std::string_view chainOfRule(std::string_view rule);
