@@ -56,14 +56,20 @@ TEST(ProfileRecord, IsWhatTheLibraryReads) {
              "{'rules': {'eth0': [{'enable': 1, 'policy': 1.0, 'name': null, 'ipList': null}]}}",
              "{'rules': {'eth0': [{'portList': [22, true]}]}}",
              "{'rules': {'eth0': [null]}, 'adapterPolicyMap': null}",
-             "{'name': null, 'adapterPolicyMap': {'eth0': 1, 'eth1': null}, 'rules': {'eth1': null,"
-             " 'eth0': [{'enable': null, 'policy': null, 'name': null, 'table': null, 'chainList':"
-             " null, 'labelList': null, 'ipList': null, 'portList': null, 'ruleID': null}]}}",
+             "{'name': null, 'adapterPolicyMap': {'eth0': 1, 'eth1': null}}",
+             "{'rules': {'eth1': null, 'eth0': [{'enable': null, 'policy': null, 'name': null}]}}",
+             "{'rules': {'eth0': [{'table': null, 'chainList': null, 'labelList': null}]}}",
+             "{'rules': {'eth0': [{'ipList': null, 'portList': null, 'ruleID': null}]}}",
              "{'rules': {'eth0': [{'policy': 1, 'policy': null}], 'eth1': [{}], 'eth1': null}}",
              "// comment\n{'rules': null, 'adapterPolicyMap': {'eth0': 010}} behind",
-             "{'adapterPolicyMap': {'eth0': 2147483648}}", "{'adapterPolicyMap': {'eth0': '1'}}",
-             "{'rules': {'eth0': {'0': {}}}}", "{'rules': {'eth0': [[]]}}", "[]", "7",
-             "{'rules': {'eth0': [{'chainList': 'X'}]}}", "{'rules': {'eth0': 0}}"}) {
+             "{'adapterPolicyMap': {'eth0': 2147483648}}",
+             "{'adapterPolicyMap': {'eth0': '1'}}",
+             "{'rules': {'eth0': {'0': {}}}}",
+             "{'rules': {'eth0': [[]]}}",
+             "[]",
+             "7",
+             "{'rules': {'eth0': [{'chainList': 'X'}]}}",
+             "{'rules': {'eth0': 0}}"}) {
         std::replace(text.begin(), text.end(), '\'', '"');
         Json::Value value;
         FW::FWPROFILE expected;
