@@ -81,7 +81,7 @@ Violations violationsOf(const std::vector<IntentLine>& intents, const FW::FWPROF
     return analysis::violations(judged->model, intended->model, wanted);
 }
 
-void refuseBrokenIntents(const FW::FWPROFILE& profile) {
+void refuseBrokenIntents(const std::function<FW::FWPROFILE()>& profileOfCaller) {
     std::string text;
     if (!readTextQuietly(kIntentsFile, text)) {
         if (errno == ENOENT) {
@@ -91,6 +91,7 @@ void refuseBrokenIntents(const FW::FWPROFILE& profile) {
                "mend the file, or delete it; without it nothing is asserted");
     }
     const std::vector<IntentLine> intents = intentsFromText(text, kIntentsFile, systemVocabulary());
+    const FW::FWPROFILE profile = profileOfCaller();
     const Violations found = violationsOf(intents, profile);
     std::string broken;
     for (std::size_t i = 0; i < found.size(); ++i) {

@@ -3,6 +3,7 @@
 #define COMMAND_ANSWERS_ASSERTANSWER_H
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -47,8 +48,8 @@ struct IntentLine {
     const std::vector<IntentLine>& intents, const FW::FWPROFILE& profile);
 
 // Throws Failure (kNo) when the profile breaks an intent of kIntentsFile; (kWrongUse) when the file
-// makes no sense. Nothing when there is no such file.
-void refuseBrokenIntents(const FW::FWPROFILE& profile);
+// makes no sense. Nothing when there is no such file; the profile is not asked for then.
+void refuseBrokenIntents(const std::function<FW::FWPROFILE()>& profileOfCaller);
 
 }  // namespace zamofw
 

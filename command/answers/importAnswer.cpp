@@ -95,7 +95,7 @@ Json::Value merged(const Json::Value& stored, const Json::Value& imported) {
 // The profile that an import would have in force must not break what is asserted.
 void checkIntents(const Json::Value& configuration) {
     if (const std::optional<FW::FWPROFILE> profile = profileInForceOf(configuration)) {
-        refuseBrokenIntents(*profile);
+        refuseBrokenIntents([&profile] { return *profile; });
     }
 }
 

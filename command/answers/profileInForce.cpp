@@ -33,7 +33,7 @@ void showFindings(const Console& console, const Target& profile, Errors errors) 
                       "mend it, or say --force to use it all the same");
     }
     if (errors == Errors::kRefuse) {
-        refuseBrokenIntents(profileOf(profile));
+        refuseBrokenIntents([&profile] { return profileOf(profile); });
     }
 }
 
