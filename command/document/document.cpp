@@ -20,6 +20,9 @@ constexpr std::size_t kMaxDepth = 1000;
 
 // A stream over the whole text, which may hold NULs: the reader must see them as characters that
 // are wrong, not as the end.
+//
+// The reader believes that it writes the decoded texts in place. A text without escapes is there
+// already, so that nothing needs to be written; one with escapes goes into a buffer.
 class TextStream {
   public:
     using Ch = char;
@@ -27,21 +30,76 @@ class TextStream {
     explicit TextStream(const std::string& text)
         : begin_(text.data()), next_(begin_), end_(begin_ + text.size()) {}
     Ch Peek() const { return *next_; }  // a NUL stands behind the text
-    Ch Take() { return isAtEnd() ? '\0' : *next_++; }
+    Ch Take() { return *next_++; }      // never asked for that one
     std::size_t Tell() const { return static_cast<std::size_t>(next_ - begin_); }
     bool isAtEnd() const { return next_ == end_; }
+    void skipBlanks() {
+        while (isBlank(*next_)) {
+            ++next_;
+            skipSpaces<8>();
+            skipSpaces<4>();
+        }
+    }
 
-    // The reader's interface for writing in place, which it does not use here.
-    Ch* PutBegin() { return nullptr; }
-    void Put(Ch) {}
+    // The reader takes and puts one byte at a time; what needs no look is skipped at once.
+    Ch* PutBegin() {
+        first_ = next_;
+        while (isPlain(*next_)) {
+            ++next_;
+        }
+        decoded_ = next_;
+        hasEscapes_ = false;
+        return const_cast<Ch*>(first_);
+    }
+    // What was just taken is put, unless it belongs to an escape.
+    void Put(Ch character) {
+        if (!hasEscapes_ && decoded_ + 1 != next_) {
+            buffer_.assign(first_, decoded_);
+            hasEscapes_ = true;
+        }
+        if (hasEscapes_) {
+            buffer_ += character;
+        } else {
+            ++decoded_;
+        }
+    }
     void Flush() {}
-    std::size_t PutEnd(Ch*) { return 0; }
+    std::size_t PutEnd(Ch*) {
+        return hasEscapes_ ? buffer_.size() : static_cast<std::size_t>(decoded_ - first_);
+    }
+
+    // The last text if it had escapes, else null.
+    const char* bufferedText() const { return hasEscapes_ ? buffer_.data() : nullptr; }
 
   private:
+    static bool isPlain(char byte) {
+        return byte >= ' ' && byte <= '~' && byte != '"' && byte != '\\';
+    }
+    // Whole steps of this width, as the indentation of a profile is made of.
+    template <std::size_t kWidth>
+    void skipSpaces() {
+        while (static_cast<std::size_t>(end_ - next_) >= kWidth &&
+               std::memcmp(next_, "        ", kWidth) == 0) {
+            next_ += kWidth;
+        }
+    }
+    static bool isBlank(char byte) {
+        return byte == ' ' || byte == '\n' || byte == '\r' || byte == '\t';
+    }
+
     const char* begin_;
     const char* next_;
     const char* end_;
+    const char* first_ = nullptr;    // of the text that is being read
+    const char* decoded_ = nullptr;  // the end of what was put of it
+    bool hasEscapes_ = false;
+    std::string buffer_;
 };
+
+// The reader's own is slower, and most of a profile are blanks.
+void SkipWhitespace(TextStream& stream) {
+    stream.skipBlanks();
+}
 
 // Builds the tree from the reader's events. An event comes when its token has been read, so that a
 // token's begin is found by going back from there.
@@ -95,7 +153,7 @@ class TreeBuilder {
         return true;
     }
     bool open(Node::Kind kind) {
-        add({kind, stream_.Tell()});  // comes before the bracket is taken
+        add({kind, stream_.Tell() - 1});  // comes when the bracket has been taken
         open_.push_back(pending_.size() - 1);
         tooDeep_ = open_.size() > kMaxDepth;
         return !tooDeep_;
@@ -125,14 +183,26 @@ class TreeBuilder {
     Element* allocate(std::size_t count) {
         return static_cast<Element*>(memory_.allocate(count * sizeof(Element), alignof(Element)));
     }
+    // What lies in the document's text stays there.
     std::string_view kept(const char* text, std::size_t length) {
+        const char* const buffered = stream_.bufferedText();
+        if (buffered == nullptr) {
+            return {text, length};
+        }
         char* const copy = allocate<char>(length);
-        std::memcpy(copy, text, length);
+        std::memcpy(copy, buffered, length);
         return {copy, length};
     }
     std::size_t numberBegin() const {
-        const std::size_t before = text_.find_last_not_of("+-.0123456789eE", stream_.Tell() - 1);
-        return before == std::string::npos ? 0 : before + 1;
+        std::size_t begin = stream_.Tell();
+        while (begin > 0 && isOfNumber(text_[begin - 1])) {
+            --begin;
+        }
+        return begin;
+    }
+    static bool isOfNumber(char byte) {
+        return (byte >= '0' && byte <= '9') || byte == '+' || byte == '-' || byte == '.' ||
+               byte == 'e' || byte == 'E';
     }
     // Every quote inside a text has a backslash before it. A text with escapes is longer than what
     // it stands for.
@@ -169,6 +239,14 @@ std::string faultMessage(const rapidjson::ParseResult& result, bool tooDeep) {
                    : rapidjson::GetParseError_En(result.Code());
 }
 
+bool isAscii(const std::string& text) {
+    unsigned char bits = 0;
+    for (const char byte : text) {
+        bits |= static_cast<unsigned char>(byte);
+    }
+    return bits < 0x80U;
+}
+
 bool continuesCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
@@ -196,18 +274,6 @@ Node::Node(Span<Node> items, std::size_t begin) : Node(Kind::kList, begin) {
 Node::Node(Span<Member> members, std::size_t begin) : Node(Kind::kObject, begin) {
     size_ = static_cast<std::uint32_t>(members.size());
     contents_.members = members.begin();
-}
-
-std::string_view Node::text() const {
-    return kind == Kind::kText ? std::string_view(contents_.text, size_) : std::string_view();
-}
-
-Span<Node> Node::items() const {
-    return kind == Kind::kList ? Span<Node>(contents_.items, size_) : Span<Node>();
-}
-
-Span<Member> Node::members() const {
-    return kind == Kind::kObject ? Span<Member>(contents_.members, size_) : Span<Member>();
 }
 
 const Member* Node::find(std::string_view name) const {
@@ -241,17 +307,21 @@ Document readDocument(std::string text, const std::string& file) {
     Document document;
     document.file = file;
     document.text = std::move(text);
+    // A short text would move with the document.
+    document.text.reserve(2 * sizeof(std::string));
     TextStream stream(document.text);
     auto memory = std::make_unique<std::pmr::monotonic_buffer_resource>();
     TreeBuilder builder(stream, document.text, *memory);
-    constexpr unsigned kFlags = rapidjson::kParseCommentsFlag | rapidjson::kParseIterativeFlag |
-                                rapidjson::kParseValidateEncodingFlag;
+    constexpr unsigned kFlags = rapidjson::kParseCommentsFlag | rapidjson::kParseInsituFlag;
+    constexpr unsigned kValidatingFlags = kFlags | rapidjson::kParseValidateEncodingFlag;
     rapidjson::Reader reader;
-    const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
+    const rapidjson::ParseResult result = isAscii(document.text)
+                                              ? reader.Parse<kFlags>(stream, builder)
+                                              : reader.Parse<kValidatingFlags>(stream, builder);
     document.root = builder.takeRoot();
     document.memory = std::move(memory);
     if (result.IsError()) {
-        document.fault = SyntaxFault{builder.isTooDeep() ? stream.Tell() : result.Offset(),
+        document.fault = SyntaxFault{builder.isTooDeep() ? stream.Tell() - 1 : result.Offset(),
                                      faultMessage(result, builder.isTooDeep())};
     } else if (!stream.isAtEnd()) {
         document.fault = SyntaxFault{stream.Tell(), "a NUL byte stands in the text"};

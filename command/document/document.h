@@ -36,11 +36,12 @@ class Span {
 // large profile are small, made without an allocation each, and never freed one by one.
 class Node {
   public:
-    enum class Kind : std::uint8_t { kNull, kBool, kInteger, kReal, kText, kList, kObject };
+    enum class Kind : std::uint32_t { kNull, kBool, kInteger, kReal, kText, kList, kObject };
 
-    Node() = default;
+    Node() : Node(Kind::kNull, 0) {}
     // A value without contents.
-    Node(Kind itsKind, std::size_t begin) : offset(begin), kind(itsKind) {}
+    Node(Kind itsKind, std::size_t begin)
+        : offset(static_cast<std::uint32_t>(begin)), kind(itsKind), size_(0) {}
     Node(bool flag, std::size_t begin);
     Node(std::int64_t integer, std::size_t begin);
     Node(std::string_view text, std::size_t begin);
@@ -52,19 +53,24 @@ class Node {
     [[nodiscard]] std::int64_t integer() const {
         return kind == Kind::kInteger ? contents_.integer : 0;
     }
-    [[nodiscard]] std::string_view text() const;
-    [[nodiscard]] Span<Node> items() const;
+    [[nodiscard]] std::string_view text() const {
+        return kind == Kind::kText ? std::string_view(contents_.text, size_) : std::string_view();
+    }
+    [[nodiscard]] Span<Node> items() const {
+        return kind == Kind::kList ? Span<Node>(contents_.items, size_) : Span<Node>();
+    }
     // In the order of the text, duplicates included.
     [[nodiscard]] Span<Member> members() const;
 
     // The value that a reader sees: of equal members the last one. Null when there is none.
     [[nodiscard]] const Member* find(std::string_view name) const;
 
-    std::size_t offset = 0;   // in bytes from the begin of the text
-    Kind kind = Kind::kNull;  // an integer beyond 64 bits is a kReal
+    // In bytes from the begin of the text. No document comes near to 2^29 bytes.
+    std::uint32_t offset;
+    Kind kind : 3;  // an integer beyond 64 bits is a kReal
 
   private:
-    std::uint32_t size_ = 0;
+    std::uint32_t size_ : 29;
     union {
         bool flag;
         std::int64_t integer;
@@ -80,6 +86,10 @@ struct Member {
     Node value;
 };
 
+inline Span<Member> Node::members() const {
+    return kind == Kind::kObject ? Span<Member>(contents_.members, size_) : Span<Member>();
+}
+
 struct SyntaxFault {
     std::size_t offset = 0;  // where reading stops
     std::string message;
@@ -93,7 +103,7 @@ struct Place {
 struct Document {
     std::string file;  // for messages
     std::string text;
-    // What the values refer to, texts included: a short `text` moves when the document does.
+    // What the values refer to, except texts without escapes, which stay in `text`.
     std::unique_ptr<std::pmr::memory_resource> memory;
     Node root;
     std::optional<SyntaxFault> fault;  // then the root is what was read before it

@@ -207,8 +207,10 @@ Members checkMembers(const Node& object,
     members.sound_.fill(true);
     std::array<bool, Members::kMaxRows> seen = {};
     std::size_t row = 0;
+    std::size_t guess = 0;
     for (const Member& member : object.members()) {
-        row = rowOf(table, member.name, row + 1);
+        row = rowOf(table, member.name, guess);
+        guess = row + 1;
         if (row == table.size()) {
             if (closed) {
                 reportUnknown(member, where, table, owner, findings);

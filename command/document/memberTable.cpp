@@ -2,9 +2,10 @@
 
 namespace zamofw {
 
-std::size_t rowOf(const MemberTable& table, std::string_view name, std::size_t guess) {
-    for (std::size_t i = 0; i < table.size(); ++i) {
-        const std::size_t row = (guess + i) % table.size();
+std::size_t searchedRow(const MemberTable& table, std::string_view name, std::size_t guess) {
+    std::size_t row = guess;
+    for (std::size_t i = 0; i < table.size(); ++i, ++row) {
+        row = row < table.size() ? row : 0;
         if (table[row].name == name) {
             return row;
         }

@@ -28,7 +28,15 @@ using MemberTable = std::vector<MemberRow>;
 
 // The row of a name, or the number of rows. The search begins at the guess: members mostly come in
 // the order of their table, which is that of the alphabet.
-[[nodiscard]] std::size_t rowOf(const MemberTable& table, std::string_view name, std::size_t guess);
+[[nodiscard]] std::size_t searchedRow(const MemberTable& table,
+                                      std::string_view name,
+                                      std::size_t guess);
+[[nodiscard]] inline std::size_t rowOf(const MemberTable& table,
+                                       std::string_view name,
+                                       std::size_t guess) {
+    return guess < table.size() && table[guess].name == name ? guess
+                                                             : searchedRow(table, name, guess);
+}
 
 // The rows of the rule table, by name.
 namespace field {

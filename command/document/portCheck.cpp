@@ -14,18 +14,21 @@ int portIn(std::string_view text) {
     if (!isDigits(text) || text.size() > kLongestPort || (text.size() > 1 && text[0] == '0')) {
         return -1;
     }
-    const int port = std::stoi(std::string(text));
+    int port = 0;
+    for (const char digit : text) {
+        port = port * 10 + (digit - '0');
+    }
     return port <= kHighestPort ? port : -1;
 }
 
 std::optional<Fault> portFault(std::string_view text) {
-    if (std::optional<Fault> fault = entryFault("the port", text)) {
-        return fault;
-    }
     const std::size_t dash = text.find('-');
     const int low = portIn(text.substr(0, dash));
     const int high = dash == std::string_view::npos ? low : portIn(text.substr(dash + 1));
     if (low < 0 || high < 0) {
+        if (std::optional<Fault> fault = entryFault("the port", text)) {
+            return fault;
+        }
         return Fault{"bad-port",
                      quoted(text) + " is neither a port nor a range of ports",
                      "Write a number from 0 to 65535 without a leading 0, or a range such as "

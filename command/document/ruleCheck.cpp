@@ -27,7 +27,7 @@ std::optional<Fault> nameFault(const char* what,
                      std::string(what) + " has no name, which iptables refuses",
                      missingRemedy};
     }
-    const std::optional<Fault> fault = wordFault(what, name);
+    const std::optional<Fault> fault = isWord(name) ? std::nullopt : wordFault(what, name);
     return fault ? fault : unknown;
 }
 

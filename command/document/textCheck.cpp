@@ -40,6 +40,11 @@ bool hasControl(std::string_view text) {
     return std::any_of(text.begin(), text.end(), isControl);
 }
 
+bool isWord(std::string_view text) {
+    return !text.empty() && text[0] != '-' &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < 0x7F; });
+}
+
 std::optional<Fault> wordFault(const std::string& what, std::string_view text) {
     if (std::optional<Fault> fault = blankFault(what, text)) {
         return fault;

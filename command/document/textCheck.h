@@ -13,6 +13,10 @@ namespace zamofw {
 [[nodiscard]] bool isDigits(std::string_view text);
 [[nodiscard]] bool hasControl(std::string_view text);
 
+// Whether the text surely is one word. Of the rest wordFault() knows more; asking it for each of
+// some thousand names takes longer than all other checks.
+[[nodiscard]] bool isWord(std::string_view text);
+
 // A text that iptables would not see as the one word that it is: with a blank or a control
 // character in it, or taken as an option. `what` names it: "the table".
 [[nodiscard]] std::optional<Fault> wordFault(const std::string& what, std::string_view text);
