@@ -3,10 +3,13 @@
 #include <json/reader.h>
 #include <json/value.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <set>
 #include <utility>
+#include <vector>
 
 #include "command/console.h"
 #include "command/document/memberCheck.h"
@@ -16,8 +19,6 @@ namespace zamofw {
 namespace {
 
 using Kind = Node::Kind;
-using RuleMap = std::map<std::string, std::vector<FW::FWRULE>>;
-using PolicyMap = std::map<std::string, FW::FW_POLICY>;
 
 bool parseLikeLibrary(const std::string& text, Json::Value& value) {
     try {
@@ -27,51 +28,84 @@ bool parseLikeLibrary(const std::string& text, Json::Value& value) {
     }
 }
 
+// The values by the rows of a table; null for those that are missing.
+using Rows = std::array<const Node*, Members::kMaxRows>;
+
+// A null is as good as a member that is missing.
+const Node* unlessNull(const Node& value) {
+    return value.kind == Kind::kNull ? nullptr : &value;
+}
+
+Rows rowsOf(const Node& object, const MemberTable& table) {
+    Rows rows = {};
+    std::size_t guess = 0;
+    for (const Member& member : object.members()) {
+        const std::size_t row = rowOf(table, member.name, guess);
+        guess = row + 1;
+        if (row < table.size()) {
+            rows[row] = unlessNull(member.value);
+        }
+    }
+    return rows;
+}
+
 // Reads documents whose members have the types that the library writes, from the tree that is there
 // anyhow: parsing a large profile once more costs more than translating it. Whatever else a text
 // may hold, a number for a flag for example, is left to the library.
 class PlainReader {
   public:
-    // None when something is not plain.
-    std::optional<FW::FWPROFILE> read(const Node& root) {
-        FW::FWPROFILE profile;
-        if (root.kind != Kind::kObject) {
-            return std::nullopt;
-        }
-        const Rows rows = rowsOf(root, profileTable());
-        profile.name = text(rows[profileField::kName]);
+    // False when something was not plain.
+    [[nodiscard]] bool isPlain() const { return isPlain_; }
+
+    // By name. Of equal members the last one counts.
+    std::map<std::string, PlainAdapter> adapters(const Rows& rows) {
+        std::map<std::string, PlainAdapter> adapters;
         if (const Node* const rules = checked(rows[profileField::kRules], Kind::kObject)) {
-            readRules(*rules, profile.rules);
+            for (const Member& member : rules->members()) {
+                const Node* const list = checked(unlessNull(member.value), Kind::kList);
+                adapters[std::string(member.name)].rules =
+                    list == nullptr ? Span<Node>() : list->items();
+            }
         }
         if (const Node* const policies = checked(rows[profileField::kPolicies], Kind::kObject)) {
             for (const Member& member : policies->members()) {
-                profile.adapterPolicyMap[std::string(member.name)] =
+                adapters[std::string(member.name)].policy =
                     static_cast<FW::FW_POLICY>(code(unlessNull(member.value)));
             }
         }
-        return isPlain_ ? std::optional(std::move(profile)) : std::nullopt;
+        return adapters;
+    }
+
+    std::string text(const Node* value) {
+        std::string text;
+        assign(text, value);
+        return text;
+    }
+
+    // The rule may be another one that was read before, whose memory then serves for this one.
+    void readRule(const Node& node, FW::FWRULE& rule) {
+        isPlain_ = isPlain_ && node.kind == Kind::kObject;
+        const Rows rows = rowsOf(node, ruleTable());
+        rule.ruleIndex = code(rows[field::kRuleId]);
+        rule.enable = flag(rows[field::kEnable]);
+        rule.adapterDirect = code(rows[field::kAdapterDirect]);
+        rule.policy = static_cast<FW::FW_POLICY>(code(rows[field::kPolicy]));
+        rule.blLog = flag(rows[field::kBlLog]);
+        assign(rule.labelList, rows[field::kLabelList]);
+        assign(rule.name, rows[field::kName]);
+        assign(rule.table, rows[field::kTable]);
+        assignChains(rule.chainList, rows[field::kChainList]);
+        rule.ipType = code(rows[field::kIpType]);
+        rule.ipDirect = code(rows[field::kIpDirect]);
+        rule.ipGroup = code(rows[field::kIpGroup]);
+        assign(rule.ipList, rows[field::kIpList]);
+        rule.portDirect = code(rows[field::kPortDirect]);
+        rule.portGroup = code(rows[field::kPortGroup]);
+        rule.protocol = code(rows[field::kProtocol]);
+        assign(rule.portList, rows[field::kPortList]);
     }
 
   private:
-    // The values by the rows of a table; null for those that are missing.
-    using Rows = std::array<const Node*, Members::kMaxRows>;
-
-    // A null is as good as a member that is missing.
-    static const Node* unlessNull(const Node& value) {
-        return value.kind == Kind::kNull ? nullptr : &value;
-    }
-    static Rows rowsOf(const Node& object, const MemberTable& table) {
-        Rows rows = {};
-        std::size_t row = table.size();
-        for (const Member& member : object.members()) {
-            row = rowOf(table, member.name, row + 1);
-            if (row < table.size()) {
-                rows[row] = unlessNull(member.value);
-            }
-        }
-        return rows;
-    }
-
     // The value when it is of this kind, else null.
     const Node* checked(const Node* value, Kind kind) {
         if (value == nullptr || value->kind == kind) {
@@ -79,10 +113,6 @@ class PlainReader {
         }
         isPlain_ = false;
         return nullptr;
-    }
-    std::string text(const Node* value) {
-        const Node* const node = checked(value, Kind::kText);
-        return node == nullptr ? std::string() : std::string(node->text());
     }
     bool flag(const Node* value) {
         const Node* const node = checked(value, Kind::kBool);
@@ -95,66 +125,76 @@ class PlainReader {
         isPlain_ = isPlain_ && number >= Limits::min() && number <= Limits::max();
         return static_cast<std::int32_t>(number);
     }
-    std::vector<std::string> texts(const Node* value) {
-        std::vector<std::string> result;
-        if (const Node* const list = checked(value, Kind::kList)) {
-            result.reserve(list->items().size());
-            for (const Node& item : list->items()) {
-                isPlain_ = isPlain_ && item.kind == Kind::kText;
-                result.emplace_back(item.text());
-            }
-        }
-        return result;
+    void assign(std::string& text, const Node* value) {
+        const Node* const node = checked(value, Kind::kText);
+        text.assign(node == nullptr ? std::string_view() : node->text());
     }
-
-    void readRules(const Node& rules, RuleMap& read) {
-        for (const Member& member : rules.members()) {
-            const std::string adapter(member.name);
-            const Node* const list = checked(unlessNull(member.value), Kind::kList);
-            // Of equal members the last one counts.
-            if (list == nullptr || list->items().empty()) {
-                read.erase(adapter);
-                continue;
-            }
-            std::vector<FW::FWRULE>& target = read[adapter];
-            target.clear();
-            target.reserve(list->items().size());
-            for (const Node& item : list->items()) {
-                isPlain_ = isPlain_ && item.kind == Kind::kObject;
-                readRule(rowsOf(item, ruleTable()), target.emplace_back());
-            }
+    Span<Node> textsIn(const Node* value) {
+        const Node* const list = checked(value, Kind::kList);
+        if (list == nullptr) {
+            return {};
         }
+        for (const Node& item : list->items()) {
+            isPlain_ = isPlain_ && item.kind == Kind::kText;
+        }
+        return list->items();
     }
-
-    void readRule(const Rows& rows, FW::FWRULE& rule) {
-        rule.ruleIndex = code(rows[field::kRuleId]);
-        rule.enable = flag(rows[field::kEnable]);
-        rule.adapterDirect = code(rows[field::kAdapterDirect]);
-        rule.policy = static_cast<FW::FW_POLICY>(code(rows[field::kPolicy]));
-        rule.blLog = flag(rows[field::kBlLog]);
-        rule.labelList = texts(rows[field::kLabelList]);
-        rule.name = text(rows[field::kName]);
-        rule.table = text(rows[field::kTable]);
-        for (std::string& chain : texts(rows[field::kChainList])) {
-            rule.chainList.insert(std::move(chain));
+    void assign(std::vector<std::string>& texts, const Node* value) {
+        const Span<Node> items = textsIn(value);
+        texts.resize(items.size());
+        std::transform(items.begin(), items.end(), texts.begin(), [](const Node& item) {
+            return std::string(item.text());
+        });
+    }
+    // The library adds the chains of a document to those that a new rule has. Nearly all rules name
+    // these, in this order.
+    void assignChains(std::set<std::string>& chains, const Node* value) {
+        static const std::set<std::string> kOfNewRule = FW::FWRULE().chainList;
+        if (chains != kOfNewRule) {
+            chains = kOfNewRule;
         }
-        rule.ipType = code(rows[field::kIpType]);
-        rule.ipDirect = code(rows[field::kIpDirect]);
-        rule.ipGroup = code(rows[field::kIpGroup]);
-        rule.ipList = texts(rows[field::kIpList]);
-        rule.portDirect = code(rows[field::kPortDirect]);
-        rule.portGroup = code(rows[field::kPortGroup]);
-        rule.protocol = code(rows[field::kProtocol]);
-        rule.portList = texts(rows[field::kPortList]);
+        const Span<Node> items = textsIn(value);
+        const auto isSame = [](const std::string& chain, const Node& item) {
+            return chain == item.text();
+        };
+        if (!std::equal(chains.begin(), chains.end(), items.begin(), items.end(), isSame)) {
+            for (const Node& item : items) {
+                chains.emplace(item.text());
+            }
+        }
     }
 
     bool isPlain_ = true;
 };
 
+// None when something is not plain.
+std::optional<FW::FWPROFILE> plainRecord(const Node& root) {
+    if (root.kind != Kind::kObject) {
+        return std::nullopt;
+    }
+    PlainReader reader;
+    FW::FWPROFILE profile;
+    const Rows rows = rowsOf(root, profileTable());
+    profile.name = reader.text(rows[profileField::kName]);
+    for (const auto& [name, adapter] : reader.adapters(rows)) {
+        if (adapter.policy) {
+            profile.adapterPolicyMap[name] = *adapter.policy;
+        }
+        if (!adapter.rules.empty()) {
+            std::vector<FW::FWRULE>& rules = profile.rules[name];
+            rules.reserve(adapter.rules.size());
+            for (const Node& rule : adapter.rules) {
+                reader.readRule(rule, rules.emplace_back());
+            }
+        }
+    }
+    return reader.isPlain() ? std::optional(std::move(profile)) : std::nullopt;
+}
+
 bool isRuleTaken(const Json::Value& rule) {
     Json::Value rules;
     rules["adapter"].append(rule);
-    RuleMap read;
+    std::map<std::string, std::vector<FW::FWRULE>> read;
     return FW::ZAMOFW_JSON_DB().jsonToRuleList(rules, read);
 }
 
@@ -218,9 +258,33 @@ bool isReadByLibrary(const Document& document) {
     return !document.fault || parseLikeLibrary(document.text, value);
 }
 
+std::optional<std::map<std::string, PlainAdapter>> plainAdapters(const Document& document) {
+    if (document.fault || document.root.kind != Kind::kObject) {
+        return std::nullopt;
+    }
+    PlainReader reader;
+    std::map<std::string, PlainAdapter> adapters =
+        reader.adapters(rowsOf(document.root, profileTable()));
+    return reader.isPlain() ? std::optional(std::move(adapters)) : std::nullopt;
+}
+
+bool visitRules(const PlainAdapter& adapter,
+                const std::function<void(const FW::FWRULE& rule)>& visit) {
+    PlainReader reader;
+    FW::FWRULE rule;
+    for (const Node& node : adapter.rules) {
+        reader.readRule(node, rule);
+        if (!reader.isPlain()) {
+            return false;
+        }
+        visit(rule);
+    }
+    return true;
+}
+
 FW::FWPROFILE profileRecord(const Document& document) {
     if (!document.fault) {
-        if (std::optional<FW::FWPROFILE> profile = PlainReader().read(document.root)) {
+        if (std::optional<FW::FWPROFILE> profile = plainRecord(document.root)) {
             return *std::move(profile);
         }
     }

@@ -2,6 +2,8 @@
 #ifndef COMMAND_DOCUMENT_PROFILERECORD_H
 #define COMMAND_DOCUMENT_PROFILERECORD_H
 
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -19,6 +21,21 @@ namespace zamofw {
 // What ZAMOFW_JSON_DB::jsonToProfile() makes of the document. Throws Failure, with line and column,
 // where the library would read no profile.
 [[nodiscard]] FW::FWPROFILE profileRecord(const Document& document);
+
+// An adapter of a document whose members have the types that the library writes.
+struct PlainAdapter {
+    Span<Node> rules;
+    std::optional<FW::FW_POLICY> policy;
+};
+
+// The adapters by name, without the records of their rules, which take more memory than all else.
+// None when the document is not of this kind.
+[[nodiscard]] std::optional<std::map<std::string, PlainAdapter>> plainAdapters(
+    const Document& document);
+
+// One rule after the other, each until the next one is read. False when one is not plain.
+[[nodiscard]] bool visitRules(const PlainAdapter& adapter,
+                              const std::function<void(const FW::FWRULE& rule)>& visit);
 
 }  // namespace zamofw
 

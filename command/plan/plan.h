@@ -4,6 +4,8 @@
 
 #include <json/value.h>
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -64,8 +66,33 @@ void requireSayable(const PlannedLine& line, int family);
 // opened. Throws UnsayableLine.
 [[nodiscard]] std::string restoreInput(const Plan& plan, int family);
 
-// The same with the origin of each line, by its index; null for a line that comes from no rule. The
-// origins belong to the plan.
+// Both inputs of a plan of which nobody wants to know where its lines come from.
+struct RestoreTexts {
+    std::string v4;
+    std::string v6;
+    std::size_t lines = 0;  // of the plan
+};
+
+// An adapter with its rules, which are there one at a time.
+using RuleVisitor = std::function<void(const FW::FWRULE& rule)>;
+struct PlannedAdapter {
+    std::string name;
+    std::optional<FW::FW_POLICY> policy;
+    // False when they cannot all be visited.
+    std::function<bool(const RuleVisitor& visit)> visitRules;
+};
+
+// The adapters of a profile, which must outlive them.
+[[nodiscard]] std::vector<PlannedAdapter> adaptersOf(const FW::FWPROFILE& profile);
+
+// The same texts as those of the plan, made without it: neither the records of the rules nor the
+// lines are kept. `expectedSize` is about that of the larger text. None when something is out of
+// the ordinary, a tunnel or a rule that cannot be translated for example.
+[[nodiscard]] std::optional<RestoreTexts> plainRestoreTexts(
+    const std::vector<PlannedAdapter>& adapters, std::size_t expectedSize);
+
+// One input with the origin of each line, by its index; null for a line that comes from no rule.
+// The origins belong to the plan.
 struct RestoreText {
     std::string text;
     std::vector<const PlannedLine*> origins;

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <string_view>
 
 #include "command/console.h"
 #include "command/plan/plan.h"
+#include "command/plan/restoreLine.h"
 #include "library/model/names.h"
 
 namespace zamofw {
@@ -16,25 +18,15 @@ constexpr std::string_view kFilterPrefix = "-t filter -A ";
 constexpr std::string_view kCommit = "COMMIT\n";
 constexpr std::string_view kNoTablePrefix = "-A ";
 
-// What cmdExec() takes: words with the program's path, and their bytes, each with its NUL. A word
-// may begin while this much is used.
-constexpr std::size_t kMaxWords = 255;
-constexpr std::size_t kMaxBytes = 1024;
+// A word of cmdExec() may begin while this much is used.
 constexpr std::size_t kMaxUsedBefore = 1022;
-// No line of this length can be over the limits: a word takes two bytes, with its blank.
-constexpr std::size_t kSurelyShort = 2 * (kMaxWords - 1);
 
 [[noreturn]] void cannotSay(const PlannedLine& line, const std::string& why) {
     throw UnsayableLine(line, why);
 }
 
-// What the input's own parser would not take as it is.
-bool isSpecial(char byte) {
-    return static_cast<unsigned char>(byte) < ' ' || byte == '"' || byte == '\\';
-}
-
 bool isPlain(std::string_view line) {
-    return line.size() <= kSurelyShort && std::none_of(line.begin(), line.end(), isSpecial);
+    return line.size() <= kSurelyShort && !hasSpecial(line);
 }
 
 // The words as cmdExec() would hand them over: what the blanks separate, each up to its first NUL.
@@ -63,7 +55,7 @@ std::vector<std::string_view> wordsOf(const PlannedLine& planned, const FW::Fami
 // A word that holds a separator or a quote stands in quotes, where a backslash takes the next
 // character as it is.
 std::string quoted(std::string_view word) {
-    if (!word.empty() && std::none_of(word.begin(), word.end(), isSpecial)) {
+    if (!word.empty() && !hasSpecial(word)) {
         return std::string(word);
     }
     std::string text = "\"";
@@ -134,11 +126,8 @@ void appendPlanned(const PlannedLine& planned,
                    const FW::Family& family,
                    Section& filter,
                    std::map<std::string, Section>& others) {
-    std::string_view line = planned.line;
-    const bool namesFilter = line.substr(0, kFilterPrefix.size()) == kFilterPrefix;
-    if ((namesFilter || line.substr(0, kNoTablePrefix.size()) == kNoTablePrefix) && isPlain(line)) {
-        line.remove_prefix(namesFilter ? kFilterPrefix.size() - kNoTablePrefix.size() : 0);
-        filter.append(line, &planned);
+    if (const std::optional<std::string_view> line = plainFilterLine(planned.line)) {
+        filter.append(*line, &planned);
         return;
     }
     const TableLine parsed = tableLine(planned, family);
@@ -146,20 +135,37 @@ void appendPlanned(const PlannedLine& planned,
         .append(parsed.text, &planned);
 }
 
-Section filterHead(int family) {
-    Section section;
-    section.append(family == 4 ? "# IPv4" : "# IPv6", nullptr);
-    section.append("*filter", nullptr);
-    section.append("-P INPUT ACCEPT", nullptr);
-    section.append("-P FORWARD ACCEPT", nullptr);
-    for (const char* const chain : FW::kFirewallChains) {
-        section.append(std::string("-F ") + chain, nullptr);
+}  // namespace
+
+// Without branches and an early end, the compiler looks at many bytes in one step.
+bool hasSpecial(std::string_view text) {
+    unsigned found = 0;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        found |= static_cast<unsigned>(byte < ' ') | static_cast<unsigned>(byte == '"') |
+                 static_cast<unsigned>(byte == '\\');
     }
-    section.append(std::string("-F ") + FW::kReloadingChain, nullptr);
-    return section;
+    return found != 0;
 }
 
-}  // namespace
+std::optional<std::string_view> plainFilterLine(std::string_view line) {
+    const bool namesFilter = line.substr(0, kFilterPrefix.size()) == kFilterPrefix;
+    if ((!namesFilter && line.substr(0, kNoTablePrefix.size()) != kNoTablePrefix) ||
+        !isPlain(line)) {
+        return std::nullopt;
+    }
+    return line.substr(namesFilter ? kFilterPrefix.size() - kNoTablePrefix.size() : 0);
+}
+
+std::vector<std::string> filterHead(int family) {
+    std::vector<std::string> head = {
+        family == 4 ? "# IPv4" : "# IPv6", "*filter", "-P INPUT ACCEPT", "-P FORWARD ACCEPT"};
+    for (const char* const chain : FW::kFirewallChains) {
+        head.push_back(std::string("-F ") + chain);
+    }
+    head.push_back(std::string("-F ") + FW::kReloadingChain);
+    return head;
+}
 
 UnsayableLine::UnsayableLine(const PlannedLine& line, std::string why)
     : Failure(Status::kFailed,
@@ -177,7 +183,10 @@ void requireSayable(const PlannedLine& line, int family) {
 RestoreText restoreText(const Plan& plan, int family) {
     const FW::Family& names = family == 4 ? FW::kIpv4 : FW::kIpv6;
     const std::vector<PlannedLine>& lines = family == 4 ? plan.v4 : plan.v6;
-    Section filter = filterHead(family);
+    Section filter;
+    for (const std::string& line : filterHead(family)) {
+        filter.append(line, nullptr);
+    }
     filter.reserveFor(lines);
     std::map<std::string, Section> others;
     for (const PlannedLine& line : lines) {

@@ -183,6 +183,32 @@ TEST(Plan, JudgesTheClientOfATrialByTheRules) {
     }
 }
 
+TEST(Plan, IsNotNeededForPlainTexts) {
+    test::clearFiles();
+    test::writeServices();
+    Generator generator(8);
+    int plain = 0;
+    for (int i = 0; i < 300; ++i) {
+        FW::FWPROFILE profile = generator.machineAndProfile();
+        for (auto& [adapter, rules] : profile.rules) {
+            for (FW::FWRULE& rule : rules) {
+                rule.table = i % 10 == 0 ? rule.table : "filter";
+            }
+        }
+        const bool isTranslated = libraryLines(profile, "v4").has_value();
+        const auto texts = plainRestoreTexts(adaptersOf(profile), 100);
+        EXPECT_TRUE(isTranslated || !texts);
+        if (texts) {
+            const Plan plan = planProfile(profile, false);
+            EXPECT_EQ(texts->v4, restoreInput(plan, 4));
+            EXPECT_EQ(texts->v6, restoreInput(plan, 6));
+            EXPECT_EQ(texts->lines, plan.v4.size() + plan.v6.size());
+            ++plain;
+        }
+    }
+    EXPECT_GT(plain, 100);
+}
+
 TEST(Plan, NamesTheRuleThatCannotBeTranslated) {
     test::clearFiles();
     test::clearPlatform();
