@@ -3,18 +3,24 @@
 #include <json/value.h>
 
 #include <chrono>
+#include <exception>
+#include <optional>
 #include <ostream>
+#include <utility>
+#include <vector>
 
 #include "command/answers/jsonLine.h"
 #include "command/answers/meaningAnswer.h"
 #include "command/answers/profileInForce.h"
 #include "command/answers/refusalText.h"
 #include "command/answers/trialEnd.h"
+#include "command/apply/keptRules.h"
 #include "command/apply/kernelModules.h"
 #include "command/apply/kernelState.h"
 #include "command/apply/lastReload.h"
 #include "command/apply/startNote.h"
 #include "command/apply/trial.h"
+#include "command/document/profileRecord.h"
 #include "command/history/change.h"
 #include "command/plan/plan.h"
 #include "zamofirewall/controller.h"
@@ -28,17 +34,65 @@ constexpr const char* kWhat = "putting rules into force";
 // Below this, nobody waits for long enough to wonder.
 constexpr std::size_t kManyLines = 2000;
 
+struct Settings {
+    std::string profile;
+    bool isEnabled;
+};
+
+Settings settingsInForce() {
+    try {
+        Json::Value settings;
+        if (FW::ZAMOFW().configGet(settings) && settings["profile"].isString() &&
+            settings["status"].isBool()) {
+            return {settings["profile"].asString(), settings["status"].asBool()};
+        }
+    } catch (const std::exception&) {
+        // The lock file cannot be opened.
+    }
+    // These say what is wrong, or make something of it.
+    std::string profile = profileNameInForce();
+    return {std::move(profile), isFirewallEnabled()};
+}
+
 Plan planOf(const Target& profile) {
     Plan plan = planProfile(profileOf(profile));
     plan.profile = profile.name;
     return plan;
 }
 
-void showProgress(const Console& console, const Plan& plan) {
-    const std::size_t lines = plan.v4.size() + plan.v6.size();
+void showProgress(const Console& console, const Target& profile, std::size_t lines) {
     if (console.canAsk && !console.quiet && lines >= kManyLines) {
-        console.err << "putting " << lines << " lines of `" << plan.profile << "` into force...\n";
+        console.err << "putting " << lines << " lines of `" << profile.name << "` into force...\n";
     }
+}
+
+// Rule by rule, without the records and the plan of a large profile. None for a profile that is out
+// of the ordinary.
+std::optional<RestoreInputs> plainInputsOf(const Target& profile) {
+    const auto adapters = plainAdapters(profile.document);
+    if (!adapters) {
+        return std::nullopt;
+    }
+    std::vector<PlannedAdapter> planned;
+    for (const auto& [name, adapter] : *adapters) {
+        if (adapter.rules.empty() && !adapter.policy) {
+            continue;
+        }
+        planned.push_back({name, adapter.policy, [&plain = adapter](const RuleVisitor& visit) {
+                               return visitRules(plain, visit);
+                           }});
+    }
+    return plainInputs(planned, profile.document.text.size());
+}
+
+Outcome apply(const Console& console, const Target& profile, Transaction& transaction) {
+    if (const std::optional<RestoreInputs> inputs = plainInputsOf(profile)) {
+        showProgress(console, profile, inputs->lines);
+        return transaction.apply(*inputs, [&profile] { return planOf(profile); });
+    }
+    const Plan plan = planOf(profile);
+    showProgress(console, profile, plan.v4.size() + plan.v6.size());
+    return transaction.apply(plan);
 }
 
 Json::Value resultJson(const InForce& result) {
@@ -94,7 +148,7 @@ InForce reloadSequentially(const Console& console, Errors errors) {
     checkFirst(console, profile, errors);
     requireChains();
     const Plan plan = planOf(profile);
-    showProgress(console, plan);
+    showProgress(console, profile, plan.v4.size() + plan.v6.size());
     const SavedRulesAside aside;
     const Clock::time_point begin = Clock::now();
     if (!FW::ZAMOFW().fwReload(/*blEstablished=*/true)) {
@@ -162,19 +216,22 @@ InForce putIntoForce(const Console& console, Errors errors) {
 }
 
 InForce putIntoForce(const Console& console, Errors errors, const ExecutionLock& lock) {
-    const Target profile = readTarget({});
-    InForce result = {profile.name, isFirewallEnabled(), {}};
-    if (!result.isEnabled) {
+    const auto [name, isEnabled] = settingsInForce();
+    InForce result = {name, isEnabled, {}};
+    std::optional<Transaction> transaction;
+    if (isEnabled) {
+        transaction.emplace(lock);
+    }
+    const Target profile = targetInForce(name);
+    if (!isEnabled) {
         return result;
     }
     // What comes before the transaction belongs to the reload as well.
     ReloadRecord record;
     loadKernelModules();
     checkFirst(console, profile, errors);
-    const Plan plan = planOf(profile);
-    showProgress(console, plan);
     const SavedRulesAside aside;
-    result.outcome = applyPlan(plan, lock);
+    result.outcome = apply(console, profile, *transaction);
     record.setApplied(result.outcome.applied);
     if (result.outcome.applied) {
         dropStartNote();

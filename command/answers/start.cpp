@@ -12,6 +12,7 @@
 #include "command/answers/reloadAnswer.h"
 #include "command/answers/trialEnd.h"
 #include "command/apply/chains.h"
+#include "command/apply/keptRules.h"
 #include "command/apply/kernelModules.h"
 #include "command/apply/startNote.h"
 #include "command/apply/trial.h"

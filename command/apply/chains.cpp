@@ -176,7 +176,7 @@ bool change(int family, const Lines& lines, const ExecutionLock& lock) {
     const posix::Descriptor file = memoryFile(input + "COMMIT\n");
     const std::string program = restoreProgram(family);
     const ProgramResult result =
-        runProgram({program, "--noflush", "-w", kLockSeconds}, file.get(), lock.descriptor());
+        runProgram({program, "--noflush", "-w", kLockSeconds}, file.get(), {lock.descriptor()});
     if (result.status != 0) {
         throwIfLockIsHeld(result);
         failedProgram(family, program, result);

@@ -1,5 +1,7 @@
 #include "command/apply/keptRules.h"
 
+#include <string>
+
 #include "command/history/privateDirectory.h"
 
 namespace zamofw {
@@ -26,9 +28,9 @@ bool writeRules(const char* file, const RestoreInputs& inputs) {
     return directory && replacePrivateFile(directory, file, inputs.v4 + inputs.v6);
 }
 
-void keepRules(const RestoreInputs& inputs) {
+void keepRules(std::string_view v4, std::string_view v6) {
     const posix::Descriptor directory = openOurDirectory();
-    const std::string text = inputs.v4 + inputs.v6;
+    const std::string text = std::string(v4).append(v6);
     // A reload that changes nothing does not wear the disk.
     if (directory && readPrivateFile(directory, kKeptRulesFile) != text) {
         (void)replacePrivateFile(directory, kKeptRulesFile, text);
@@ -36,7 +38,7 @@ void keepRules(const RestoreInputs& inputs) {
 }
 
 void keepRules(const Plan& plan) {
-    keepRules(RestoreInputs{restoreInput(plan, 4), restoreInput(plan, 6)});
+    keepRules(restoreInput(plan, 4), restoreInput(plan, 6));
 }
 
 std::optional<RestoreInputs> readRules(const char* file) {
@@ -48,7 +50,7 @@ std::optional<RestoreInputs> readRules(const char* file) {
     if (border == std::string::npos) {
         return std::nullopt;
     }
-    RestoreInputs inputs = {text->substr(0, border + 1), text->substr(border + 1)};
+    RestoreInputs inputs = {text->substr(0, border + 1), text->substr(border + 1), 0};
     return isWhole(inputs.v4, kHead4) && isWhole(inputs.v6, kHead6) ? std::optional(inputs)
                                                                     : std::nullopt;
 }

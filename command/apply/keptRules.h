@@ -3,7 +3,7 @@
 #define COMMAND_APPLY_KEPTRULES_H
 
 #include <optional>
-#include <string>
+#include <string_view>
 
 #include "command/plan/plan.h"
 
@@ -14,15 +14,9 @@ constexpr const char* kKeptRulesFile = "in-force.rules";
 constexpr const char* kSavedRulesFile = "trial.rules";
 constexpr const char* kSetAsideRulesFile = "trial.rules.aside";
 
-// What the restore programs of the two families take.
-struct RestoreInputs {
-    std::string v4;
-    std::string v6;
-};
-
 // Both inputs as one file in /var/lib/zamofw/, replaced as a whole. It is not synced: at worst a
 // power cut leaves none, and rules that are in force must not be refused because a disk is full.
-void keepRules(const RestoreInputs& inputs);
+void keepRules(std::string_view v4, std::string_view v6);
 void keepRules(const Plan& plan);
 [[nodiscard]] bool writeRules(const char* file, const RestoreInputs& inputs);
 

@@ -95,7 +95,7 @@ void run(int family, const Lines& lines, const ExecutionLock& lock) {
     }
     const posix::Descriptor file = memoryFile(input + "COMMIT\n");
     const ProgramResult result = runProgram(
-        {restoreProgram(family), "--noflush", "-w", kLockSeconds}, file.get(), lock.descriptor());
+        {restoreProgram(family), "--noflush", "-w", kLockSeconds}, file.get(), {lock.descriptor()});
     if (result.status != 0) {
         throwIfLockIsHeld(result);
         failedProgram(family, restoreProgram(family), result);

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -80,7 +81,7 @@ void require(int error) {
 
 class FileActions {
   public:
-    FileActions(int input, int output, int error, int inherited) {
+    FileActions(int input, int output, int error, std::vector<int> inherited) {
         require(posix_spawn_file_actions_init(&actions_));
         if (input >= 0) {
             duplicate(input, STDIN_FILENO);
@@ -91,8 +92,10 @@ class FileActions {
         duplicate(output, STDOUT_FILENO);
         duplicate(error, STDERR_FILENO);
         int firstClosed = kInheritedNumber;
-        if (inherited >= 0) {
-            duplicate(inherited, firstClosed++);
+        // In ascending order none takes the number of one that comes later.
+        std::sort(inherited.begin(), inherited.end());
+        for (const int descriptor : inherited) {
+            duplicate(descriptor, firstClosed++);
         }
         require(posix_spawn_file_actions_addclosefrom_np(&actions_, firstClosed));
     }
@@ -149,17 +152,17 @@ posix::Descriptor memoryFile(std::string_view text) {
     return file;
 }
 
-Pipe::Pipe() {
+Channel::Channel() {
     int ends[2] = {-1, -1};
-    if (pipe2(ends, O_CLOEXEC) != 0) {
-        failedCall("no pipe can be made");
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+        failedCall("no channel to another process can be made");
     }
     posix::Descriptor first(ends[0]);
     posix::Descriptor second(ends[1]);
-    readEnd = posix::aboveStandardStreams(std::move(first));
-    writeEnd = posix::aboveStandardStreams(std::move(second));
-    if (!readEnd || !writeEnd) {
-        failedCall("no pipe can be made");
+    ours = posix::aboveStandardStreams(std::move(first));
+    theirs = posix::aboveStandardStreams(std::move(second));
+    if (!ours || !theirs) {
+        failedCall("no channel to another process can be made");
     }
 }
 
@@ -175,7 +178,7 @@ void keepStatusOfChildren() {
 
 Program::Program(const std::vector<std::string>& command,
                  int input,
-                 int inherited,
+                 const std::vector<int>& inherited,
                  const char* variable)
     : path_(command.front()), output_(outputFile()), error_(outputFile()) {
     keepStatusOfChildren();
@@ -246,7 +249,9 @@ bool Program::holdsLock() const {
     return false;
 }
 
-ProgramResult runProgram(const std::vector<std::string>& command, int input, int inherited) {
+ProgramResult runProgram(const std::vector<std::string>& command,
+                         int input,
+                         const std::vector<int>& inherited) {
     return Program(command, input, inherited).finish();
 }
 

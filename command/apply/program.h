@@ -23,11 +23,12 @@ struct ProgramResult {
 // needs nobody who writes into a pipe meanwhile.
 [[nodiscard]] posix::Descriptor memoryFile(std::string_view text);
 
-// Both ends are closed when a program is started. Throws Failure when it cannot be made.
-struct Pipe {
-    Pipe();
-    posix::Descriptor readEnd;
-    posix::Descriptor writeEnd;
+// Two ends of a connection, each of which reads what is written into the other one. A started
+// program gets an end only as its input. Throws Failure when it cannot be made.
+struct Channel {
+    Channel();
+    posix::Descriptor ours;
+    posix::Descriptor theirs;
 };
 
 // Whoever started us may have ignored SIGCHLD; then the status of a child would be lost.
@@ -39,12 +40,12 @@ void keepStatusOfChildren();
 class Program {
   public:
     // Throws Failure when it cannot be started. `command` begins with the program's path. `input`
-    // is a pipe, or a file that is read from its begin; -1 is no input. `inherited` is one more
-    // descriptor that the program keeps open, for a lock that must not end before it. `variable` is
+    // is a channel, or a file that is read from its begin; -1 is no input. `inherited` are more
+    // descriptors that the program keeps open, for locks that must not end before it. `variable` is
     // one more variable, NAME=VALUE.
     explicit Program(const std::vector<std::string>& command,
                      int input = -1,
-                     int inherited = -1,
+                     const std::vector<int>& inherited = {},
                      const char* variable = nullptr);
     // Waits for it.
     ~Program();
@@ -69,7 +70,7 @@ class Program {
 
 [[nodiscard]] ProgramResult runProgram(const std::vector<std::string>& command,
                                        int input = -1,
-                                       int inherited = -1);
+                                       const std::vector<int>& inherited = {});
 
 }  // namespace zamofw
 

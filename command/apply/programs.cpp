@@ -1,6 +1,7 @@
 #include "command/apply/programs.h"
 
 #include <boost/algorithm/string/predicate.hpp>
+#include <filesystem>
 #include <sstream>
 
 namespace zamofw {
@@ -15,6 +16,16 @@ std::string restoreProgram(int family) {
 
 std::string saveProgram(int family) {
     return tool(family) + "-save";
+}
+
+Variant variantOf(int family) {
+    std::error_code error;
+    const std::filesystem::path program =
+        std::filesystem::canonical(restoreProgram(family), error).filename();
+    if (program == "xtables-legacy-multi" || program == "xtables-multi") {
+        return Variant::kLegacy;
+    }
+    return program == "xtables-nft-multi" ? Variant::kNft : Variant::kUnknown;
 }
 
 std::string causeIn(const std::string& error) {

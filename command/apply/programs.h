@@ -21,6 +21,11 @@ constexpr std::array<const char*, 3> kOurChains = {
 [[nodiscard]] std::string restoreProgram(int family);
 [[nodiscard]] std::string saveProgram(int family);
 
+// The variants of the programs. One that is neither of them, as a script in front of a program, may
+// or may not take the xtables lock.
+enum class Variant { kLegacy, kNft, kUnknown };
+[[nodiscard]] Variant variantOf(int family);
+
 // A program's message without the advice to read its help, which is about its own options.
 [[nodiscard]] std::string causeIn(const std::string& error);
 

@@ -116,7 +116,7 @@ void Rehearsal::prepare() const {
     for (std::size_t i = 0; i < tables_.size(); ++i) {
         const posix::Descriptor input = memoryFile(chainInputs_[i]);
         const ProgramResult result =
-            Program({restoreProgram(family_), "-w", kLockSeconds}, input.get(), -1, kNoLock)
+            Program({restoreProgram(family_), "-w", kLockSeconds}, input.get(), {}, kNoLock)
                 .finish();
         if (result.status != 0 && tables_[i] == kFilterTable) {
             failedProgram(family_, restoreProgram(family_), result);
@@ -153,7 +153,7 @@ Rehearsal::Attempt Rehearsal::attempt(std::size_t begin, std::size_t end) const 
 Program Rehearsal::start(const Attempt& attempt) const {
     std::vector<std::string> command = {restoreProgram(family_), "--noflush", "-w", kLockSeconds};
     const posix::Descriptor input = memoryFile(attempt.text);
-    return Program(command, input.get(), -1, kNoLock);
+    return Program(command, input.get(), {}, kNoLock);
 }
 
 Program Rehearsal::start() const {
@@ -178,7 +178,7 @@ std::string Rehearsal::wordsAbout(std::size_t index) const {
         tool(family_), "-w", kLockSeconds, "-t", lines_[table].substr(1)};
     const std::vector<std::string> words = splitRule(lines_[index]);
     command.insert(command.end(), words.begin(), words.end());
-    return causeIn(Program(command, -1, -1, kNoLock).finish().error);
+    return causeIn(Program(command, -1, {}, kNoLock).finish().error);
 }
 
 void Rehearsal::refuseTable(const Attempt& attempt,

@@ -3,68 +3,71 @@
 #define COMMAND_APPLY_RESTORE_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "command/apply/executionLock.h"
 #include "command/apply/program.h"
-#include "command/apply/transaction.h"
-#include "command/plan/plan.h"
 
 namespace zamofw {
 
-enum class XtablesLock {
-    kTake,
-    kHeldForUs,  // by another program of this transaction, so that waiting would never end
+// The locks that the programs of a transaction keep until they end, so that one that outlives a
+// killed reload never commits its old rules after the new ones of somebody else.
+struct TransactionLocks {
+    int execution = -1;
+    // -1: the programs take it themselves.
+    int xtables = -1;
+    // Another program of this transaction holds it, so that waiting would never end.
+    bool isXtablesTaken = false;
+
+    [[nodiscard]] std::vector<int> descriptors() const;
+    [[nodiscard]] bool areAllHeld() const { return xtables >= 0 || isXtablesTaken; }
 };
+
+// Starts the restore program of a family without flushing.
+[[nodiscard]] Program startRestore(int family,
+                                   const std::vector<std::string>& options,
+                                   int input,
+                                   const TransactionLocks& locks);
 
 class Restore {
   public:
-    Restore(RestoreText text, int family, const ExecutionLock& lock);
+    // The text must outlive it.
+    Restore(int family, std::string_view text) : family_(family), text_(text) {}
 
     [[nodiscard]] int family() const { return family_; }
-    [[nodiscard]] const std::string& text() const { return text_.text; }
+    [[nodiscard]] std::string_view text() const { return text_; }
 
     // Each table is committed by itself.
     [[nodiscard]] bool hasOneTable() const;
 
-    // Starts the program with this input.
-    [[nodiscard]] Program start(const std::vector<std::string>& options,
-                                int input,
-                                XtablesLock lock = XtablesLock::kTake) const;
-
     // Starts the program with all lines, to see whether it understands them.
-    [[nodiscard]] Program startTest() const;
+    [[nodiscard]] Program startTest(const TransactionLocks& locks) const;
 
     // A program that somebody ends may or may not have committed its lines; they can be committed
     // twice.
-    [[nodiscard]] ProgramResult commit(XtablesLock lock = XtablesLock::kTake) const;
+    [[nodiscard]] ProgramResult commit(const TransactionLocks& locks) const;
 
     // Whether part of the lines may be in force after this result, or all of them.
     [[nodiscard]] bool mayBeCommitted(const ProgramResult& result) const;
 
-    // Whether the program took the lines; if not, the refusal is noted. Throws Failure when it
-    // failed for another reason.
-    [[nodiscard]] bool isTaken(const ProgramResult& result, Outcome& outcome) const;
-
   private:
     int family_;
-    const ExecutionLock& lock_;
-    RestoreText text_;
+    std::string_view text_;
 };
 
 // A restore that has read and understood all its lines, and waits to be told to commit them. It
 // parses them once, where a test and a commit would parse them twice.
 class WaitingRestore {
   public:
-    // The lines must be those of one table.
-    explicit WaitingRestore(const Restore& restore);
+    // Starts the program and gives it its lines, which must be those of one table.
+    WaitingRestore(const Restore& restore, const TransactionLocks& locks);
     ~WaitingRestore() { end(); }
     WaitingRestore(const WaitingRestore&) = delete;
     WaitingRestore& operator=(const WaitingRestore&) = delete;
 
-    // False when the program ended instead.
-    [[nodiscard]] bool isWaiting() const { return isWaiting_; }
-    // Whether it holds the xtables lock, which the legacy programs do.
+    // Waits until the program waits; false when it ended instead.
+    [[nodiscard]] bool comesToCommit();
+    // Whether it holds the xtables lock.
     [[nodiscard]] bool holdsLock() const { return program_.holdsLock(); }
 
     [[nodiscard]] ProgramResult commit();
@@ -72,11 +75,11 @@ class WaitingRestore {
     [[nodiscard]] ProgramResult cancel();
 
   private:
-    void end() { (void)pipe_.writeEnd.close(); }
+    void end() { (void)channel_.ours.close(); }
 
-    Pipe pipe_;
+    Channel channel_;
     Program program_;
-    bool isWaiting_;
+    bool hasLines_;
 };
 
 }  // namespace zamofw

@@ -8,8 +8,8 @@
 #include <string_view>
 
 #include "command/apply/kernelState.h"
-#include "command/apply/lockHolders.h"
 #include "command/apply/programs.h"
+#include "command/apply/xtablesLock.h"
 #include "command/console.h"
 
 namespace zamofw {
@@ -91,10 +91,7 @@ void throwIfChainIsMissing(int family, const std::string& line) {
 
 void throwIfLockIsHeld(const ProgramResult& result) {
     if (result.status > 0 && contains(result.error, "xtables lock")) {
-        failed("the xtables lock " + std::string(kXtablesLock) + " was not free within " +
-                   kLockSeconds + " seconds" + lockHolders(kXtablesLock) + "\n" +
-                   causeIn(result.error),
-               "another program is changing the packet filter; try again when it has ended");
+        xtablesLockIsHeld(causeIn(result.error).c_str());
     }
 }
 

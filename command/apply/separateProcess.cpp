@@ -1,9 +1,9 @@
 #include "command/apply/separateProcess.h"
 
-#include <fcntl.h>
 #include <json/reader.h>
 #include <json/writer.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,8 +13,8 @@
 #include <exception>
 #include <memory>
 #include <new>
-#include <optional>
 #include <string>
+#include <utility>
 
 #include "command/apply/program.h"
 #include "command/console.h"
@@ -68,14 +68,25 @@ void dieWith(pid_t parent) {
     }
 }
 
-[[noreturn]] void workAsChild(pid_t parent, int output, const std::function<Json::Value()>& work) {
+// The parent's end of the channel is closed when the work is not wanted any more.
+bool isWanted(int channel) {
+    char order = 0;
+    ssize_t count = 0;
+    do {
+        count = read(channel, &order, 1);
+    } while (count < 0 && errno == EINTR);
+    return count == 1;
+}
+
+[[noreturn]] void workAsChild(pid_t parent, int channel, const SeparateProcess::Work& work) {
     dieWith(parent);
     (void)setsid();
     (void)prctl(PR_SET_NAME, kProcessName);
     // A program that ends before it has read its input is a failure that the work deals with.
     (void)signal(SIGPIPE, SIG_IGN);
+    const bool isDone = !isWanted(channel) || posix::writeWhole(channel, textOf(reportOf(work)));
     // Not exit(): what waits in the buffers of the streams belongs to the parent.
-    _exit(posix::writeWhole(output, textOf(reportOf(work))) ? EXIT_SUCCESS : EXIT_FAILURE);
+    _exit(isDone ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 std::string readToEnd(int input) {
@@ -91,25 +102,40 @@ std::string readToEnd(int input) {
     }
 }
 
-void waitForEnd(pid_t process) {
-    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
+}  // namespace
+
+SeparateProcess::SeparateProcess(Work work) : work_(std::move(work)) {
+    keepStatusOfChildren();
+    start();
+}
+
+void SeparateProcess::start() {
+    Channel channel;
+    const pid_t parent = getpid();
+    child_ = fork();
+    if (child_ < 0) {
+        failed(std::string("no process can be started: ") + std::strerror(errno));
     }
+    if (child_ == 0) {
+        (void)channel.ours.close();
+        workAsChild(parent, channel.theirs.get(), work_);
+    }
+    channel_ = std::move(channel.ours);
+}
+
+void SeparateProcess::end() {
+    (void)channel_.close();
+    while (child_ > 0 && waitpid(child_, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    child_ = -1;
 }
 
 // None when the child has ended without a word.
-std::optional<Json::Value> answerOfChild(const std::function<Json::Value()>& action) {
-    Pipe pipe;
-    const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child < 0) {
-        failed(std::string("no process can be started: ") + std::strerror(errno));
-    }
-    if (child == 0) {
-        workAsChild(parent, pipe.writeEnd.get(), action);
-    }
-    (void)pipe.writeEnd.close();
-    const std::string text = readToEnd(pipe.readEnd.get());
-    waitForEnd(child);
+std::optional<Json::Value> SeparateProcess::answer() {
+    // Whether it is still there to read this, its answer tells.
+    (void)send(channel_.get(), "", 1, MSG_NOSIGNAL);
+    const std::string text = readToEnd(channel_.get());
+    end();
     Json::Value report;
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     if (!reader->parse(text.data(), text.data() + text.size(), &report, nullptr)) {
@@ -123,13 +149,13 @@ std::optional<Json::Value> answerOfChild(const std::function<Json::Value()>& act
     return report[kAnswer];
 }
 
-}  // namespace
-
-Json::Value inSeparateProcess(const std::function<Json::Value()>& work) {
-    keepStatusOfChildren();
+Json::Value SeparateProcess::run() {
     for (int attempt = 0; attempt < 2; ++attempt) {
-        if (const std::optional<Json::Value> answer = answerOfChild(work)) {
-            return *answer;
+        if (child_ < 0) {
+            start();
+        }
+        if (const std::optional<Json::Value> given = answer()) {
+            return *given;
         }
     }
     failed("somebody has killed the process that puts the rules into force, twice",

@@ -41,8 +41,8 @@ void removeCopy(const std::string& profile) {
 
 void saveRulesBeforeTrial() {
     removeSavedRules();
-    const RestoreInputs inputs = {"# IPv4\n" + SavedChains(4).input(),
-                                  "# IPv6\n" + SavedChains(6).input()};
+    const RestoreInputs inputs = {
+        "# IPv4\n" + SavedChains(4).input(), "# IPv6\n" + SavedChains(6).input(), 0};
     if (isWanted(inputs.v4 + inputs.v6) && !writeRules(kSavedRulesFile, inputs)) {
         failed(std::string("the rules in force cannot be kept in ") + kSavedPath + ": " +
                    std::strerror(errno),

@@ -48,15 +48,6 @@ Target stored(const std::string& name) {
                "`, or choose another one with `zamofw profile use NAME`");
 }
 
-Target inForce() {
-    const std::string name = profileNameInForce();
-    std::optional<Document> document = findStored(name);
-    if (!document) {
-        inForceIsMissing(name);
-    }
-    return {std::move(*document), name, true};
-}
-
 Target fromFile(const std::string& path) {
     Document document = readDocument(readText(path), path);
     std::string name = nameIn(document).value_or(path);
@@ -107,9 +98,17 @@ Target readTarget(const TargetWords& words) {
         return fromFile(*words.file);
     }
     if (!words.profile) {
-        return inForce();
+        return targetInForce(profileNameInForce());
     }
     return isPath(*words.profile) ? fromFile(*words.profile) : stored(*words.profile);
+}
+
+Target targetInForce(const std::string& name) {
+    std::optional<Document> document = findStored(name);
+    if (!document) {
+        inForceIsMissing(name);
+    }
+    return {std::move(*document), name, true};
 }
 
 FW::FWPROFILE profileOf(const Target& target) {

@@ -37,6 +37,9 @@ struct Target {
 // is too large. What the document says is not looked at: its syntax may be wrong.
 [[nodiscard]] Target readTarget(const TargetWords& words);
 
+// The stored profile of this name, which is the one in force.
+[[nodiscard]] Target targetInForce(const std::string& name);
+
 // The profile that the library would read from the document. Throws Failure, with line and column,
 // for a document that is no JSON or holds a member of a wrong type.
 [[nodiscard]] FW::FWPROFILE profileOf(const Target& target);

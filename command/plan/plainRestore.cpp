@@ -118,7 +118,7 @@ class TextTaker : public LineTaker {
         texts_.lines += lines.size();
     }
 
-    [[nodiscard]] std::optional<RestoreTexts> finish() {
+    [[nodiscard]] std::optional<RestoreInputs> finish() {
         texts_.v4 += "COMMIT\n";
         texts_.v6 += "COMMIT\n";
         return isPlain_ ? std::optional(std::move(texts_)) : std::nullopt;
@@ -164,7 +164,7 @@ class TextTaker : public LineTaker {
         }
     }
 
-    RestoreTexts texts_;
+    RestoreInputs texts_;
     bool isPlain_ = true;
 };
 
@@ -186,8 +186,8 @@ bool addAll(Planner& planner, const std::vector<PlannedAdapter>& adapters) {
 
 }  // namespace
 
-std::optional<RestoreTexts> plainRestoreTexts(const std::vector<PlannedAdapter>& adapters,
-                                              std::size_t expectedSize) try {
+std::optional<RestoreInputs> plainInputs(const std::vector<PlannedAdapter>& adapters,
+                                         std::size_t expectedSize) try {
     // The lines of a tunnel would have to be put in between.
     if (mayHaveTunnel()) {
         return std::nullopt;

@@ -66,12 +66,13 @@ void requireSayable(const PlannedLine& line, int family);
 // opened. Throws UnsayableLine.
 [[nodiscard]] std::string restoreInput(const Plan& plan, int family);
 
-// Both inputs of a plan of which nobody wants to know where its lines come from.
-struct RestoreTexts {
+// Both inputs, without what tells where their lines come from.
+struct RestoreInputs {
     std::string v4;
     std::string v6;
-    std::size_t lines = 0;  // of the plan
+    std::size_t lines = 0;  // of the plan, if it is known
 };
+[[nodiscard]] RestoreInputs restoreInputs(const Plan& plan);
 
 // An adapter with its rules, which are there one at a time.
 using RuleVisitor = std::function<void(const FW::FWRULE& rule)>;
@@ -88,8 +89,8 @@ struct PlannedAdapter {
 // The same texts as those of the plan, made without it: neither the records of the rules nor the
 // lines are kept. `expectedSize` is about that of the larger text. None when something is out of
 // the ordinary, a tunnel or a rule that cannot be translated for example.
-[[nodiscard]] std::optional<RestoreTexts> plainRestoreTexts(
-    const std::vector<PlannedAdapter>& adapters, std::size_t expectedSize);
+[[nodiscard]] std::optional<RestoreInputs> plainInputs(const std::vector<PlannedAdapter>& adapters,
+                                                       std::size_t expectedSize);
 
 // One input with the origin of each line, by its index; null for a line that comes from no rule.
 // The origins belong to the plan.

@@ -207,4 +207,8 @@ std::string restoreInput(const Plan& plan, int family) {
     return restoreText(plan, family).text;
 }
 
+RestoreInputs restoreInputs(const Plan& plan) {
+    return {restoreInput(plan, 4), restoreInput(plan, 6), plan.v4.size() + plan.v6.size()};
+}
+
 }  // namespace zamofw

@@ -196,7 +196,7 @@ TEST(Plan, IsNotNeededForPlainTexts) {
             }
         }
         const bool isTranslated = libraryLines(profile, "v4").has_value();
-        const auto texts = plainRestoreTexts(adaptersOf(profile), 100);
+        const auto texts = plainInputs(adaptersOf(profile), 100);
         EXPECT_TRUE(isTranslated || !texts);
         if (texts) {
             const Plan plan = planProfile(profile, false);

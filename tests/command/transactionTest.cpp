@@ -57,6 +57,35 @@ std::string failureOf(const Plan& plan) {
     }
 }
 
+// In front of a restore program; `run` is the real program, `once` is true in the first call. The
+// variant is told from the file's name.
+class Wrapper {
+  public:
+    Wrapper(int family, const std::string& file, const std::string& script)
+        : link_("/etc/alternatives/" + name(family)) {
+        real_ = shell("readlink " + link_);
+        real_.pop_back();
+        test::writeFile(file, "#!/bin/sh\nARGUMENTS=\"$*\"\nrun() { " + real_ + " $ARGUMENTS; }\n" +
+                                  "once() { mkdir /tmp/called 2>/dev/null; }\n" + script + "\n");
+        shell("rm -rf /tmp/called; chmod 755 " + file + "; ln -sfn " + file + " " + link_);
+    }
+    ~Wrapper() { shell("ln -sfn " + real_ + " " + link_); }
+    Wrapper(const Wrapper&) = delete;
+    Wrapper& operator=(const Wrapper&) = delete;
+
+  private:
+    static std::string name(int family) {
+        return family == 4 ? "iptables-restore" : "ip6tables-restore";
+    }
+    std::string link_;
+    std::string real_;
+};
+
+// A program that is not known, and one of the variant.
+std::vector<std::string> wrapperFiles() {
+    return {"/tmp/wrapper", isLegacy() ? "/tmp/xtables-legacy-multi" : "/tmp/xtables-nft-multi"};
+}
+
 class Transaction : public testing::Test {
   protected:
     Transaction() {
@@ -164,23 +193,16 @@ TEST_F(Transaction, WaitsForALockThatIsHeldForAWhile) {
 }
 
 TEST_F(Transaction, HoldsTheExecutionLockUntilItsProgramsHaveEnded) {
-    if (!isLegacy()) {
-        // Nothing keeps an nft program waiting: the lock is free as soon as the reload is done.
-        EXPECT_TRUE(applyPlan(planProfile(profileOf(4, 5))).applied);
-        const ExecutionLock lock;
-        return;
-    }
-    const posix::Descriptor lock = posix::openFile(kXtablesLock, O_RDWR | O_CREAT, 0600);
-    ASSERT_EQ(flock(lock.get(), LOCK_EX), 0);
+    const Wrapper wrapper(4, "/tmp/wrapper",
+                          "touch /tmp/started; until test -e /tmp/go; do sleep 0.01; done");
     const Plan plan = planProfile(profileOf(4, 5));
     const pid_t process = test::startProcess([&] { return failureOf(plan).empty() ? 0 : 1; });
-    ASSERT_TRUE(test::eventually(
-        [] { return shell("pgrep tables-resto || true").find('\n') != std::string::npos; }));
+    ASSERT_TRUE(test::eventually([] { return access("/tmp/started", F_OK) == 0; }));
     ASSERT_EQ(kill(process, SIGKILL), 0);
     (void)test::waitFor(process);
     int descriptor = -1;
     EXPECT_EQ(VLIBCFileLockTimeByFile(FW::kExecutionLockFile, 1, 0, &descriptor), 0);
-    ASSERT_EQ(flock(lock.get(), LOCK_UN), 0);
+    test::writeFile("/tmp/go", "");
     const ExecutionLock executionLock;
 }
 
@@ -211,29 +233,6 @@ TEST_F(Transaction, LeavesOldOrNewRulesWhereverItIsKilled) {
     EXPECT_EQ(listed(), states[0][0] + states[0][1]);
 }
 
-// In front of a restore program; `run` is the real program, `once` is true in the first call.
-class Wrapper {
-  public:
-    Wrapper(int family, const std::string& script) : link_("/etc/alternatives/" + name(family)) {
-        real_ = shell("readlink " + link_);
-        real_.pop_back();
-        test::writeFile("/tmp/wrapper",
-                        "#!/bin/sh\nARGUMENTS=\"$*\"\nrun() { " + real_ + " $ARGUMENTS; }\n" +
-                            "once() { mkdir /tmp/called 2>/dev/null; }\n" + script + "\n");
-        shell("rm -rf /tmp/called; chmod 755 /tmp/wrapper; ln -sfn /tmp/wrapper " + link_);
-    }
-    ~Wrapper() { shell("ln -sfn " + real_ + " " + link_); }
-    Wrapper(const Wrapper&) = delete;
-    Wrapper& operator=(const Wrapper&) = delete;
-
-  private:
-    static std::string name(int family) {
-        return family == 4 ? "iptables-restore" : "ip6tables-restore";
-    }
-    std::string link_;
-    std::string real_;
-};
-
 TEST_F(Transaction, GivesBothFamiliesTheSameWhateverBecomesOfAProgram) {
     struct Row {
         int family;
@@ -259,15 +258,51 @@ TEST_F(Transaction, GivesBothFamiliesTheSameWhateverBecomesOfAProgram) {
         ASSERT_TRUE(applyPlan(plans[i]).applied);
         states[i] = listed();
     }
-    for (const Row& row : kRows) {
-        ASSERT_TRUE(applyPlan(plans[0]).applied);
-        const Wrapper wrapper(row.family, row.script);
-        const pid_t process = test::startProcess(
-            [&] { return failureOf(plans[1]).find(row.answer) != std::string::npos ? 0 : 1; });
-        EXPECT_EQ(test::waitFor(process), *row.answer == '\0' ? -1 : 0) << row.script;
-        const ExecutionLock lock;
-        EXPECT_EQ(listed(), states[row.isNew ? 1 : 0]) << row.script;
+    for (const std::string& file : wrapperFiles()) {
+        for (const Row& row : kRows) {
+            ASSERT_TRUE(applyPlan(plans[0]).applied);
+            const Wrapper wrapper(row.family, file, row.script);
+            const pid_t process = test::startProcess(
+                [&] { return failureOf(plans[1]).find(row.answer) != std::string::npos ? 0 : 1; });
+            EXPECT_EQ(test::waitFor(process), *row.answer == '\0' ? -1 : 0) << row.script;
+            const ExecutionLock lock;
+            EXPECT_EQ(listed(), states[row.isNew ? 1 : 0]) << file << ": " << row.script;
+        }
     }
+}
+
+// Many rules of one family alone, so that the other one is committed first.
+FW::FWPROFILE profileMostlyOf(int family) {
+    FW::FWPROFILE profile = profileOf(9, 20);
+    for (auto& [adapter, rules] : profile.rules) {
+        for (std::size_t i = 1; i < rules.size(); ++i) {
+            rules[i].ipType = family == 4 ? FW::FW_IP_TYPE_V4 : FW::FW_IP_TYPE_V6;
+        }
+    }
+    return profile;
+}
+
+TEST_F(Transaction, PutsTheFirstFamilyBackWithItsCounters) {
+    ASSERT_TRUE(applyPlan(planProfile(profileOf(1, 5))).applied);
+    shell(
+        "iptables -P FORWARD DROP; ip6tables -P FORWARD DROP; iptables -t filter -N OTHER; "
+        "iptables -A OTHER -m limit --limit 3/min -j LOG; ping -c 3 -i 0.01 127.0.0.1; "
+        "ping -c 2 -i 0.01 ::1");
+    const auto counted = [] { return shell("iptables -vS; ip6tables -vS"); };
+    ASSERT_NE(counted().find("-c 6 "), std::string::npos) << counted();
+    for (const std::string& file : wrapperFiles()) {
+        for (const int second : {4, 6}) {
+            const std::string before = listed();
+            const std::string countedBefore = counted();
+            const Wrapper wrapper(second, file, "cat >/dev/null; exit 1");
+            EXPECT_NE(failureOf(planProfile(profileMostlyOf(second))), "applied");
+            EXPECT_TRUE(listed() == before) << file << second << listed();
+            // Programs that put rules back begin some counters at 0.
+            EXPECT_TRUE(file != "/tmp/xtables-legacy-multi" || counted() == countedBefore)
+                << second << counted();
+        }
+    }
+    shell("iptables -F OTHER; iptables -X OTHER");
 }
 
 TEST(ProgramTest, GivesWhatAProgramSays) {
