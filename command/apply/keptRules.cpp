@@ -30,10 +30,9 @@ bool writeRules(const char* file, const RestoreInputs& inputs) {
 
 void keepRules(std::string_view v4, std::string_view v6) {
     const posix::Descriptor directory = openOurDirectory();
-    const std::string text = std::string(v4).append(v6);
     // A reload that changes nothing does not wear the disk.
-    if (directory && readPrivateFile(directory, kKeptRulesFile) != text) {
-        (void)replacePrivateFile(directory, kKeptRulesFile, text);
+    if (directory && !privateFileHolds(directory, kKeptRulesFile, {v4, v6})) {
+        (void)replacePrivateFile(directory, kKeptRulesFile, std::string(v4).append(v6));
     }
 }
 

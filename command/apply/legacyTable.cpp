@@ -49,20 +49,23 @@ struct Ipv6 {
     static constexpr int kAddCounters = IP6T_SO_SET_ADD_COUNTERS;
 };
 
-// A structure of the kernel's with what follows it.
+// A structure of the kernel's with what follows it, which is filled later: a large table takes a
+// megabyte.
 template <typename Head>
 class Message {
   public:
-    explicit Message(std::size_t tail) : bytes_(sizeof(Head) + tail) {
+    explicit Message(std::size_t tail) : size_(sizeof(Head) + tail), bytes_(new char[size_]) {
+        std::memset(bytes_.get(), 0, sizeof(Head));
         std::strcpy(head()->name, kTable);
     }
-    Head* head() { return reinterpret_cast<Head*>(bytes_.data()); }
-    [[nodiscard]] const char* tail() const { return bytes_.data() + sizeof(Head); }
-    char* tail() { return bytes_.data() + sizeof(Head); }
-    [[nodiscard]] socklen_t size() const { return static_cast<socklen_t>(bytes_.size()); }
+    Head* head() { return reinterpret_cast<Head*>(bytes_.get()); }
+    [[nodiscard]] const char* tail() const { return bytes_.get() + sizeof(Head); }
+    char* tail() { return bytes_.get() + sizeof(Head); }
+    [[nodiscard]] socklen_t size() const { return static_cast<socklen_t>(size_); }
 
   private:
-    std::vector<char> bytes_;
+    std::size_t size_;
+    std::unique_ptr<char[]> bytes_;
 };
 
 template <typename Family>

@@ -4,8 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "posix/file.h"
 
@@ -90,6 +93,28 @@ std::optional<std::string> readPrivateFile(const posix::Descriptor& directory,
         done += static_cast<std::size_t>(count);
     }
     return text;
+}
+
+bool privateFileHolds(const posix::Descriptor& directory,
+                      const std::string& name,
+                      std::initializer_list<std::string_view> parts) {
+    const posix::Descriptor file = openPrivateFile(directory, name, O_RDONLY);
+    std::array<char, std::size_t{16} << 10U> bytes;
+    for (std::string_view part : parts) {
+        while (!part.empty()) {
+            const std::size_t wanted = std::min(part.size(), bytes.size());
+            const ssize_t count = file ? read(file.get(), bytes.data(), wanted) : 0;
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            if (count <= 0 ||
+                std::memcmp(part.data(), bytes.data(), static_cast<std::size_t>(count)) != 0) {
+                return false;
+            }
+            part.remove_prefix(static_cast<std::size_t>(count));
+        }
+    }
+    return file && read(file.get(), bytes.data(), 1) == 0;
 }
 
 bool removePrivateFile(const posix::Descriptor& directory, const std::string& name) {

@@ -34,6 +34,11 @@ namespace zamofw {
 [[nodiscard]] std::optional<std::string> readPrivateFile(const posix::Descriptor& directory,
                                                          const std::string& name);
 
+// Whether root's own plain file is there and holds these parts, one after the other, and no more.
+[[nodiscard]] bool privateFileHolds(const posix::Descriptor& directory,
+                                    const std::string& name,
+                                    std::initializer_list<std::string_view> parts);
+
 // False, with errno set, unless it is gone afterwards.
 [[nodiscard]] bool removePrivateFile(const posix::Descriptor& directory, const std::string& name);
 
