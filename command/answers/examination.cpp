@@ -166,7 +166,7 @@ bool repairRules(const Console& console, const ExecutionLock& lock, bool isStale
         return true;
     }
     const bool mustBeEmpty = expected && !isEnabled && isStaleTrial;
-    openDoor(there, mustBeEmpty ? Rules::kEmpty : Rules::kKeep, lock);
+    mendDoor(there, mustBeEmpty ? Rules::kEmpty : Rules::kKeep, lock);
     return mustBeEmpty;
 }
 

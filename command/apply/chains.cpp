@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "command/apply/filterChange.h"
 #include "command/apply/programs.h"
 #include "command/apply/restoreError.h"
 #include "command/console.h"
@@ -165,25 +166,6 @@ Lines closingLines(const Listing& listing, int family) {
     return lines;
 }
 
-bool change(int family, const Lines& lines, const ExecutionLock& lock) {
-    if (lines.empty()) {
-        return false;
-    }
-    std::string input = "*filter\n";
-    for (const std::string& line : lines) {
-        input += line + "\n";
-    }
-    const posix::Descriptor file = memoryFile(input + "COMMIT\n");
-    const std::string program = restoreProgram(family);
-    const ProgramResult result =
-        runProgram({program, "--noflush", "-w", kLockSeconds}, file.get(), {lock.descriptor()});
-    if (result.status != 0) {
-        throwIfLockIsHeld(result);
-        failedProgram(family, program, result);
-    }
-    return true;
-}
-
 SetUp changeBoth(const std::function<Lines(const Listing&, int family)>& linesFor,
                  const ExecutionLock& lock) {
     SetUp result;
@@ -192,7 +174,7 @@ SetUp changeBoth(const std::function<Lines(const Listing&, int family)>& linesFo
             const Listing listing(family);
             result.hadRules = result.hadRules && hasRules(listing);
             const Lines lines = linesFor(listing, family);
-            result.isChanged = change(family, lines, lock) || result.isChanged;
+            result.isChanged = changeFilter(family, lines, lock) || result.isChanged;
         } catch (const Failure& failure) {
             result.hadRules = false;
             result.problems += "IPv" + std::to_string(family) + ": " + failure.what() + "\n";

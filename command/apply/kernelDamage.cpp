@@ -2,10 +2,9 @@
 
 #include <algorithm>
 
+#include "command/apply/filterChange.h"
 #include "command/apply/jumps.h"
-#include "command/apply/program.h"
 #include "command/apply/programs.h"
-#include "command/apply/restoreError.h"
 #include "command/plan/plan.h"
 
 namespace zamofw {
@@ -83,23 +82,6 @@ Lines doorLines(const SavedTable& filter, Rules rules) {
         }
     }
     return lines;
-}
-
-void run(int family, const Lines& lines, const ExecutionLock& lock) {
-    if (lines.empty()) {
-        return;
-    }
-    std::string input = "*filter\n";
-    for (const std::string& line : lines) {
-        input += line + "\n";
-    }
-    const posix::Descriptor file = memoryFile(input + "COMMIT\n");
-    const ProgramResult result = runProgram(
-        {restoreProgram(family), "--noflush", "-w", kLockSeconds}, file.get(), {lock.descriptor()});
-    if (result.status != 0) {
-        throwIfLockIsHeld(result);
-        failedProgram(family, restoreProgram(family), result);
-    }
 }
 
 bool hasLinesFor(const std::vector<PlannedLine>& lines, const char* chain) {
@@ -181,13 +163,13 @@ Damages emptyChainDamages(const SavedFamilies& there, const Plan& plan) {
 
 void mendPlaces(const SavedFamilies& there, const ExecutionLock& lock) {
     for (const int family : {4, 6}) {
-        run(family, placeLines(filterOf(there, family)), lock);
+        (void)changeFilter(family, placeLines(filterOf(there, family)), lock);
     }
 }
 
-void openDoor(const SavedFamilies& there, Rules rules, const ExecutionLock& lock) {
+void mendDoor(const SavedFamilies& there, Rules rules, const ExecutionLock& lock) {
     for (const int family : {4, 6}) {
-        run(family, doorLines(filterOf(there, family), rules), lock);
+        (void)changeFilter(family, doorLines(filterOf(there, family), rules), lock);
     }
 }
 

@@ -25,7 +25,7 @@ void mendPlaces(const SavedFamilies& there, const ExecutionLock& lock);
 // Opens the policies and takes the guard rules away, each family at once; with kEmpty the
 // firewall's chains are emptied too. Throws Failure.
 enum class Rules { kKeep, kEmpty };
-void openDoor(const SavedFamilies& there, Rules rules, const ExecutionLock& lock);
+void mendDoor(const SavedFamilies& there, Rules rules, const ExecutionLock& lock);
 
 }  // namespace zamofw
 
