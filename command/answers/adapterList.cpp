@@ -4,9 +4,9 @@
 #include <set>
 
 #include "command/answers/adapterAnswers.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/table.h"
 #include "command/document/target.h"
+#include "command/jsonLine.h"
 #include "command/words/policyWord.h"
 #include "zamofirewall/controller.h"
 

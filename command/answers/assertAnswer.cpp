@@ -5,10 +5,10 @@
 #include <cstring>
 #include <ostream>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/meaning.h"
 #include "command/answers/systemNames.h"
 #include "command/document/textFile.h"
+#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 #include "library/model/names.h"
 

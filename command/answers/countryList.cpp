@@ -4,9 +4,9 @@
 #include <ostream>
 
 #include "command/answers/countryAnswers.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/systemNames.h"
 #include "command/answers/table.h"
+#include "command/jsonLine.h"
 #include "library/model/names.h"
 
 namespace zamofw {

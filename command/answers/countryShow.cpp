@@ -4,8 +4,8 @@
 #include <ostream>
 
 #include "command/answers/countryAnswers.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/systemNames.h"
+#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 #include "command/words/suggestion.h"
 #include "library/model/names.h"

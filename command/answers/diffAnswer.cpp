@@ -9,14 +9,14 @@
 #include <set>
 #include <utility>
 
-#include "command/answers/jsonLine.h"
+#include "command/answers/ruleRecords.h"
 #include "command/document/target.h"
+#include "command/jsonLine.h"
 #include "command/plan/lineDiff.h"
 #include "command/plan/plan.h"
 #include "command/words/policyWord.h"
 #include "command/words/quoting.h"
 #include "library/model/names.h"
-#include "zamofirewall/profileDatabase.h"
 
 namespace zamofw {
 namespace {
@@ -68,9 +68,7 @@ Side readSide(Target target) {
 }
 
 Json::Value recordOf(const FW::FWRULE& rule) {
-    Json::Value list;
-    FW::ZAMOFW_JSON_DB().ruleListToJson({{"adapter", {rule}}}, list);
-    Json::Value record = list["adapter"][0];
+    Json::Value record = ruleRecords({rule})[0];
     record.removeMember("ruleIndex");
     return record;
 }

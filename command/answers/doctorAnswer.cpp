@@ -8,8 +8,8 @@
 #include <ostream>
 
 #include "command/answers/examination.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/table.h"
+#include "command/jsonLine.h"
 
 namespace zamofw {
 namespace {

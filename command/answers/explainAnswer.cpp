@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "command/analysis/boxSpace.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/meaning.h"
 #include "command/answers/systemNames.h"
+#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 #include "command/words/suggestion.h"
 #include "command/words/values.h"

@@ -5,10 +5,10 @@
 #include <cstring>
 #include <ostream>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/transferAnswers.h"
 #include "command/document/textFile.h"
 #include "command/history/configuration.h"
+#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 #include "posix/descriptor.h"
 #include "posix/file.h"

@@ -7,7 +7,6 @@
 #include "command/answers/assertAnswer.h"
 #include "command/answers/changeAnswer.h"
 #include "command/answers/configurationExchange.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/meaningAnswer.h"
 #include "command/answers/profileStore.h"
 #include "command/answers/systemNames.h"
@@ -17,6 +16,7 @@
 #include "command/document/textFile.h"
 #include "command/history/change.h"
 #include "command/history/configuration.h"
+#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 
 namespace zamofw {

@@ -1,9 +1,9 @@
 #include <ostream>
 
 #include "command/answers/historyAnswers.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/table.h"
 #include "command/history/changeLog.h"
+#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 
 namespace zamofw {

@@ -3,8 +3,8 @@
 #include <ostream>
 
 #include "command/analysis/matrix.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/meaning.h"
+#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 
 namespace zamofw {

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "command/analysis/difference.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/meaning.h"
+#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 
 namespace zamofw {

@@ -3,11 +3,11 @@
 #include <ostream>
 #include <set>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/profileAnswers.h"
 #include "command/answers/table.h"
 #include "command/document/storedProfile.h"
 #include "command/history/configuration.h"
+#include "command/jsonLine.h"
 #include "library/model/names.h"
 #include "zamofirewall/controller.h"
 

@@ -6,11 +6,11 @@
 #include <ostream>
 #include <set>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/serviceCatalogue.h"
 #include "command/answers/systemNames.h"
 #include "command/answers/table.h"
 #include "command/document/target.h"
+#include "command/jsonLine.h"
 #include "command/words/ports.h"
 #include "command/words/quoting.h"
 #include "command/words/suggestion.h"

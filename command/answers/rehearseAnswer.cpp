@@ -4,10 +4,10 @@
 
 #include <ostream>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/refusalText.h"
 #include "command/answers/table.h"
 #include "command/apply/rehearsal.h"
+#include "command/jsonLine.h"
 #include "command/plan/plan.h"
 
 namespace zamofw {

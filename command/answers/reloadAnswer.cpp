@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/meaningAnswer.h"
 #include "command/answers/profileInForce.h"
 #include "command/answers/refusalText.h"
@@ -22,6 +21,7 @@
 #include "command/apply/trial.h"
 #include "command/document/profileRecord.h"
 #include "command/history/change.h"
+#include "command/jsonLine.h"
 #include "command/plan/plan.h"
 #include "zamofirewall/controller.h"
 

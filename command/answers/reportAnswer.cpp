@@ -12,7 +12,6 @@
 #include "command/answers/checkAnswer.h"
 #include "command/answers/fileReplacement.h"
 #include "command/answers/historyAnswers.h"
-#include "command/answers/jsonLine.h"
 #include "command/answers/kernelComparison.h"
 #include "command/answers/meaning.h"
 #include "command/answers/ruleHits.h"
@@ -23,6 +22,7 @@
 #include "command/document/storedSettings.h"
 #include "command/document/textFile.h"
 #include "command/history/changeLog.h"
+#include "command/jsonLine.h"
 #include "command/report/report.h"
 #include "command/words/quoting.h"
 

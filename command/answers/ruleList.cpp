@@ -3,13 +3,14 @@
 #include <ostream>
 #include <set>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/operands.h"
 #include "command/answers/profileStore.h"
 #include "command/answers/ruleAnswers.h"
 #include "command/answers/ruleHits.h"
+#include "command/answers/ruleRecords.h"
 #include "command/answers/ruleText.h"
 #include "command/answers/systemNames.h"
+#include "command/jsonLine.h"
 #include "command/plan/plan.h"
 #include "command/words/policyWord.h"
 #include "command/words/quoting.h"

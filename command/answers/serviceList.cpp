@@ -3,10 +3,10 @@
 #include <boost/algorithm/string/join.hpp>
 #include <ostream>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/serviceAnswers.h"
 #include "command/answers/serviceCatalogue.h"
 #include "command/answers/table.h"
+#include "command/jsonLine.h"
 
 namespace zamofw {
 namespace {

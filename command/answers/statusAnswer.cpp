@@ -6,7 +6,6 @@
 #include <ostream>
 #include <string>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/kernelMatch.h"
 #include "command/apply/bootTime.h"
 #include "command/apply/kernelState.h"
@@ -14,6 +13,7 @@
 #include "command/apply/trialState.h"
 #include "command/document/storedProfile.h"
 #include "command/document/storedSettings.h"
+#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 
 namespace zamofw {

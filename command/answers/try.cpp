@@ -7,7 +7,6 @@
 #include <ctime>
 #include <ostream>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/meaningFindings.h"
 #include "command/answers/profileInForce.h"
 #include "command/answers/profileStore.h"
@@ -26,6 +25,7 @@
 #include "command/history/changeLog.h"
 #include "command/history/configuration.h"
 #include "command/history/connection.h"
+#include "command/jsonLine.h"
 #include "command/plan/plan.h"
 #include "command/systemLog.h"
 #include "command/words/addresses.h"

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <ostream>
 
-#include "command/answers/jsonLine.h"
 #include "command/answers/kernelMatch.h"
 #include "command/answers/table.h"
 #include "command/apply/trialState.h"
+#include "command/jsonLine.h"
 
 namespace zamofw {
 namespace {

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <json/reader.h>
-#include <json/writer.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,6 +9,7 @@
 #include <memory>
 
 #include "command/history/privateDirectory.h"
+#include "command/jsonLine.h"
 #include "posix/file.h"
 
 namespace zamofw {
@@ -69,9 +69,7 @@ bool writeRunNote(const std::string& name, const Json::Value& note) {
     if (!file) {
         return false;
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    if (posix::writeWhole(file.get(), Json::writeString(builder, note) + "\n") &&
+    if (posix::writeWhole(file.get(), jsonLine(note) + "\n") &&
         renameat(directory.get(), temporary.c_str(), directory.get(), name.c_str()) == 0) {
         return true;
     }

@@ -1,9 +1,9 @@
 #include "command/document/findingText.h"
 
 #include <json/value.h>
-#include <json/writer.h>
 
 #include "command/document/check.h"
+#include "command/jsonLine.h"
 
 namespace zamofw {
 namespace {
@@ -46,9 +46,7 @@ std::string findingsJson(const Findings& findings) {
     for (const Finding& finding : findings) {
         answer["findings"].append(toJson(finding));
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    return Json::writeString(builder, answer);
+    return jsonLine(answer);
 }
 
 std::string findingsText(const Findings& findings) {

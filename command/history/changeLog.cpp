@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <json/reader.h>
-#include <json/writer.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -14,6 +13,7 @@
 #include <fstream>
 
 #include "command/history/privateDirectory.h"
+#include "command/jsonLine.h"
 #include "command/systemLog.h"
 #include "command/words/quoting.h"
 #include "posix/file.h"
@@ -43,9 +43,7 @@ Json::Value jsonOf(const LoggedChange& change) {
 }
 
 std::string lineOf(const LoggedChange& change) {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    return Json::writeString(builder, jsonOf(change)) + "\n";
+    return jsonLine(jsonOf(change)) + "\n";
 }
 
 // One write, so that lines of several commands do not mix.

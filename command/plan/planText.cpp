@@ -1,8 +1,8 @@
 // A plan for readers: text and JSON.
 
 #include <json/value.h>
-#include <json/writer.h>
 
+#include "command/jsonLine.h"
 #include "command/plan/plan.h"
 #include "library/model/names.h"
 
@@ -101,9 +101,7 @@ std::string planJson(const Plan& plan) {
     document["profile"] = plan.profile;
     document["v4"] = linesToJson(plan.v4);
     document["v6"] = linesToJson(plan.v6);
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    return Json::writeString(builder, document) + "\n";
+    return jsonLine(document) + "\n";
 }
 
 }  // namespace zamofw

@@ -1,16 +1,8 @@
-#include "command/answers/jsonLine.h"
-
-#include <json/writer.h>
+#include "command/answers/ruleRecords.h"
 
 #include "zamofirewall/profileDatabase.h"
 
 namespace zamofw {
-
-std::string jsonLine(const Json::Value& value) {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    return Json::writeString(builder, value);
-}
 
 Json::Value ruleRecords(const std::vector<FW::FWRULE>& rules) {
     constexpr const char* kAdapter = "adapter";
