@@ -12,5 +12,5 @@ check_cxx_source_compiles("
 unset(CMAKE_REQUIRED_FLAGS)
 if(ZAMO_FORTIFY_IS_FREE AND NOT ZAMO_SANITIZE)
     target_compile_definitions(zamo_build_flags INTERFACE
-        $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=2>)
+        $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=3>)
 endif()
