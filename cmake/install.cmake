@@ -44,6 +44,19 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zamofirewall.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
     COMPONENT development)
 
+zamo_install_man_pages(development
+    zamofirewall.3
+    zamofirewall-c.3
+    zamofirewall-controller.3
+    zamofirewall-database.3
+    zamofirewall-files.3
+    zamofirewall-geoip.3
+    zamofirewall-hook.3
+    zamofirewall-modules.3
+    zamofirewall-profiles.3
+    zamofirewall-rules.3
+    zamofirewall-translator.3)
+
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
     PATTERN man EXCLUDE)

@@ -1,0 +1,22 @@
+# Installs pages of docs/man. Each name that a page has beside its own gets a page that leads to it.
+function(zamo_install_man_pages component)
+    foreach(page IN LISTS ARGN)
+        set(source ${PROJECT_SOURCE_DIR}/docs/man/${page})
+        set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
+        get_filename_component(title ${page} NAME_WLE)
+        get_filename_component(extension ${page} LAST_EXT)
+        string(SUBSTRING ${extension} 1 -1 section)
+        set(files ${source})
+        file(STRINGS ${source} names REGEX "^\\.Nm .")
+        foreach(line IN LISTS names)
+            string(REGEX REPLACE "^\\.Nm ([^ ]+).*" "\\1" name "${line}")
+            if(NOT name STREQUAL title)
+                file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/man/${name}.${section}
+                    CONTENT ".so man${section}/${page}\n")
+                list(APPEND files ${CMAKE_CURRENT_BINARY_DIR}/man/${name}.${section})
+            endif()
+        endforeach()
+        install(FILES ${files}
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
+    endforeach()
+endfunction()
