@@ -61,7 +61,8 @@ class CommandSession : public testing::TestWithParam<const char*> {
         }
         // Who calls from afar is looked for in the processes above, too; the empty text ends that.
         (void)setenv("SSH_CONNECTION", "", 1);
-        (void)setenv("COMPLETION", COMPLETION, 1);
+        (void)setenv("COMPLETION", COMPLETION_DIRECTORY, 1);
+        (void)setenv("TESTS", TEST_DIRECTORY, 1);
         const char* const path = std::getenv("PATH");
         (void)setenv("PATH",
                      (PROGRAM_DIRECTORY ":" + std::string(path == nullptr ? "" : path)).c_str(), 1);
