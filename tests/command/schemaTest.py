@@ -144,7 +144,9 @@ class Schemas(unittest.TestCase):
         profile = {"name": "p", "rules": {"eth0": [rule]}}
         pair = {"protocol": "tcp", "ports": ["22"]}
         export = {"config_profiles": {"1.json": profile}}
-        self.assertEqual(faults("profile", profile) + faults("export", export), [])
+        empty = {"name": "p", "rules": None, "adapterPolicyMap": None}
+        for name, document in (("profile", profile), ("profile", empty), ("export", export)):
+            self.assertEqual(faults(name, document), [])
         for name, document in (
                 ("profile", {}), ("profile", {"name": 7}), ("profile", {"name": ""}),
                 ("profile", {**profile, "rule": {}}), ("profile", {**profile, "rules": []}),
