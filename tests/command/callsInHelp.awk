@@ -34,6 +34,10 @@ function offer(line, words) {
     }
 }
 
+/^  --/ {
+    offer("zamofw -", $1)
+}
+
 # The words of a rule, in the lines below the first call that takes them.
 /^      / && rules == 1 {
     while (match($0, /--[a-z-]+/)) {
