@@ -81,7 +81,8 @@ INSTANTIATE_TEST_SUITE_P(All, CommandSession,
 
 // Those that look at the kernel run with both variants of iptables.
 INSTANTIATE_TEST_SUITE_P(Kernel, CommandSession,
-                         testing::Values("rehearse", "verify", "start", "trial", "doctor"),
+                         testing::Values("rehearse", "verify", "start", "trial", "doctor",
+                                         "hostile"),
                          [](const auto& session) { return std::string(session.param); });
 
 }  // namespace
