@@ -35,7 +35,7 @@ struct Shape {
     }
 };
 
-unsigned bitOf(Hook hook) {
+unsigned hookBit(Hook hook) {
     return hook == Hook::kInput ? 1U : 2U;
 }
 
@@ -99,7 +99,11 @@ class BoxSpace::Builder {
             for (const Box& box : space_.boxes_) {
                 setOfBox.push_back(box.sets[axis]);
             }
-            space_.axes_.emplace_back(last[axis], sets_[axis], setOfBox, preferred[axis]);
+            space_.axes_.emplace_back(
+                last[axis], std::move(sets_[axis]), setOfBox, preferred[axis]);
+            if (space_.axes_.back().size() > 1) {
+                space_.cutAxes_.push_back(axis);
+            }
         }
     }
 
@@ -111,7 +115,7 @@ class BoxSpace::Builder {
             if (lines[i].effect != Effect::kLog) {
                 const Shape shape = {&lines[i], lines[i].protocol.value_or(0)};
                 auto& entry = hooks.try_emplace(shape.key(true), shape, 0U).first->second;
-                entry.second |= bitOf(lines[i].hook);
+                entry.second |= hookBit(lines[i].hook);
             }
         }
         std::map<std::pair<decltype(Shape().key(true)), unsigned>, std::vector<Shape>> merged;
@@ -222,10 +226,10 @@ class BoxSpace::Builder {
         }
         Intervals numbers;
         // A packet for this machine goes out on no interface, so that naming one never matches.
-        if ((hooks & bitOf(Hook::kInput)) != 0 && pattern.empty()) {
+        if ((hooks & hookBit(Hook::kInput)) != 0 && pattern.empty()) {
             numbers.push_back({kForThisMachine, kForThisMachine});
         }
-        if ((hooks & bitOf(Hook::kForward)) != 0) {
+        if ((hooks & hookBit(Hook::kForward)) != 0) {
             const Intervals out = named(space_.interfaces_.out, pattern, 1);
             numbers.reserve(numbers.size() + out.size());
             std::copy(out.begin(), out.end(), std::back_inserter(numbers));
@@ -290,17 +294,19 @@ std::optional<Region> BoxSpace::intersection(Region region, const Box& box) cons
 BoxMask BoxSpace::maskOf(List list) const {
     BoxMask mask((boxes_.size() + kWordBits - 1) / kWordBits);
     for (std::size_t box = list.begin; box < list.end; ++box) {
-        mask[box / kWordBits] |= Word{1} << box % kWordBits;
+        mask[box / kWordBits] |= bitOf(box);
     }
     return mask;
 }
 
 BoxMask BoxSpace::boxesTouching(const Box& box) const {
     BoxMask mask((boxes_.size() + kWordBits - 1) / kWordBits, ~Word{0});
-    for (std::size_t axis = 0; axis < kAxes; ++axis) {
-        const BoxMask& touching = axes_[axis].boxesTouching(box.sets[axis]);
-        for (std::size_t word = 0; word < mask.size(); ++word) {
-            mask[word] &= touching[word];
+    for (const std::size_t axis : cutAxes_) {
+        if (box.sets[axis] != 0) {
+            const Word* const touching = axes_[axis].boxesTouching(box.sets[axis]);
+            for (std::size_t word = 0; word < mask.size(); ++word) {
+                mask[word] &= touching[word];
+            }
         }
     }
     return mask;
@@ -310,18 +316,19 @@ std::optional<std::size_t> BoxSpace::firstAt(const Cell& cell,
                                              const BoxMask& mask,
                                              std::size_t end) const {
     std::array<const Word*, kAxes> rows;
-    for (std::size_t axis = 0; axis < kAxes; ++axis) {
-        rows[axis] = axes_[axis].boxesAt(cell[axis]);
+    std::size_t count = 0;
+    for (const std::size_t axis : cutAxes_) {
+        rows[count++] = axes_[axis].boxesAt(cell[axis]);
     }
-    const std::size_t words = end == kNoEnd ? mask.size() : end / kWordBits + 1;
-    for (std::size_t word = 0; word < std::min(words, mask.size()); ++word) {
+    const std::size_t words =
+        end == kNoEnd ? mask.size() : std::min(end / kWordBits + 1, mask.size());
+    for (std::size_t word = 0; word < words; ++word) {
         Word hits = mask[word];
-        for (const Word* const row : rows) {
-            hits &= row[word];
+        for (std::size_t i = 0; i < count; ++i) {
+            hits &= rows[i][word];
         }
         if (hits != 0) {
-            const std::size_t box =
-                word * kWordBits + static_cast<std::size_t>(__builtin_ctzll(hits));
+            const std::size_t box = word * kWordBits + firstBitOf(hits);
             return box < end ? std::optional(box) : std::nullopt;
         }
     }
@@ -377,6 +384,14 @@ std::optional<Cell> BoxSpace::uncovered(Region region, const BoxMask& mask, std:
     }
 }
 
+bool BoxSpace::showsUncovered(const Box& one,
+                              const Box& other,
+                              const BoxMask& mask,
+                              std::size_t end) const {
+    const std::optional<Cell> first = firstCommonCell(one, other);
+    return first && !firstAt(*first, mask, end);
+}
+
 // Mostly the first cell settles it, and no region needs to be made.
 std::optional<Cell> BoxSpace::uncovered(const Box& one,
                                         const Box& other,
@@ -391,22 +406,9 @@ std::optional<Cell> BoxSpace::uncovered(const Box& one,
 }
 
 std::optional<Cell> BoxSpace::firstCommonCell(const Box& one, const Box& other) const {
-    Cell cell;
-    for (std::size_t axis = 0; axis < kAxes; ++axis) {
-        // Goes through the smaller set.
-        const Dimension& dimension = axes_[axis];
-        const auto sets =
-            std::minmax(one.sets[axis],
-                        other.sets[axis],
-                        [&dimension](std::uint32_t first, std::uint32_t second) {
-                            return dimension.shareOf(first) < dimension.shareOf(second);
-                        });
-        const Bits& classes = dimension.classesIn(sets.first);
-        const Bits& others = dimension.classesIn(sets.second);
-        cell[axis] = classes.find_first();
-        while (cell[axis] != Bits::npos && !others[cell[axis]]) {
-            cell[axis] = classes.find_next(cell[axis]);
-        }
+    Cell cell = {};
+    for (const std::size_t axis : cutAxes_) {
+        cell[axis] = axes_[axis].firstClassInBoth(one.sets[axis], other.sets[axis]);
         if (cell[axis] == Bits::npos) {
             return std::nullopt;
         }

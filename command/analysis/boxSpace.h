@@ -93,6 +93,12 @@ class BoxSpace {
                                                 const BoxMask& mask,
                                                 std::size_t end = kNoEnd) const;
 
+    // Whether the first cell at hand is such a one. Quick, but false says nothing.
+    [[nodiscard]] bool showsUncovered(const Box& one,
+                                      const Box& other,
+                                      const BoxMask& mask,
+                                      std::size_t end) const;
+
   private:
     class Builder;
 
@@ -104,6 +110,7 @@ class BoxSpace {
     std::vector<List> lists_;
     std::vector<Origin> rules_;
     std::vector<Dimension> axes_;
+    std::vector<std::size_t> cutAxes_;  // those that some set cuts
 };
 
 }  // namespace zamofw::analysis

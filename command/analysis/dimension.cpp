@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <numeric>
 #include <random>
 #include <unordered_map>
 #include <utility>
@@ -16,6 +17,9 @@ namespace {
 constexpr std::size_t kMostListed = 1'000'000;
 
 std::optional<Number> firstPart(const Intervals& intervals, const std::vector<PatternTerm>& terms) {
+    if (terms.empty()) {
+        return intervals.empty() ? std::nullopt : std::optional(intervals.front().first);
+    }
     std::optional<Number> found;
     for (const Interval& interval : intervals) {
         (void)forEachPart(interval, terms, [&found](const Interval& part) {
@@ -27,6 +31,12 @@ std::optional<Number> firstPart(const Intervals& intervals, const std::vector<Pa
         }
     }
     return found;
+}
+
+void addRow(const Word* row, BoxMask& boxes) {
+    for (std::size_t word = 0; word < boxes.size(); ++word) {
+        boxes[word] |= row[word];
+    }
 }
 
 // Whether the lists differ in one term alone, which one of them wants and the other does not.
@@ -74,16 +84,16 @@ void joinTerms(std::vector<std::vector<PatternTerm>>& lists) {
 // that lie in the same sets.
 class Dimension::Sweep {
   public:
-    Sweep(Number last, const std::vector<SetPointer>& sets) : last_(last), active_(sets.size()) {
+    explicit Sweep(Dimension& to) : to_(to), active_(to.words_) {
         std::mt19937_64 random(1);
-        keys_.resize(sets.size());
+        keys_.resize(to.sets_.size());
         std::generate(keys_.begin(), keys_.end(), std::ref(random));
-        active_.set(0);
-        for (std::uint32_t set = 1; set < sets.size(); ++set) {
-            for (const Interval& interval : sets[set]->intervals) {
-                ends_.push_back({interval.first, set});
-                if (interval.last != last) {
-                    ends_.push_back({interval.last + 1, set});
+        turn({0, 0, true});
+        for (std::uint32_t set = 1; set < to.sets_.size(); ++set) {
+            for (const Interval& interval : to.sets_[set]->intervals) {
+                ends_.push_back({interval.first, set, true});
+                if (interval.last != to.last_) {
+                    ends_.push_back({interval.last + 1, set, false});
                 }
             }
         }
@@ -92,181 +102,262 @@ class Dimension::Sweep {
         });
     }
 
-    std::vector<Class> run() {
+    void run() {
         Number begin = 0;
         for (const End& end : ends_) {
             if (end.number != begin) {
                 add({begin, end.number - 1});
                 begin = end.number;
             }
-            active_.flip(end.set);
-            hash_ ^= keys_[end.set];
+            turn(end);
+            if (end.isBegin) {
+                to_.beginning_.push_back(end.set);
+            }
         }
-        add({begin, last_});
-        return std::move(classes_);
+        add({begin, to_.last_});
     }
 
   private:
     struct End {
         Number number;
         std::uint32_t set;
+        bool isBegin;
     };
 
-    // The hash only finds the class; the sets themselves are compared.
-    void add(const Interval& interval) {
-        const auto [first, last] = known_.equal_range(hash_);
-        for (auto entry = first; entry != last; ++entry) {
-            if (classes_[entry->second].sets == active_) {
-                classes_[entry->second].intervals.push_back(interval);
-                return;
-            }
-        }
-        known_.emplace(hash_, classes_.size());
-        classes_.push_back({{interval}, {}, interval.first, active_});
+    void turn(const End& end) {
+        hash_ ^= keys_[end.set];
+        const std::size_t count = to_.boxesBegin_[end.set + 1] - to_.boxesBegin_[end.set];
+        weight_ = end.isBegin ? weight_ + count : weight_ - count;
+        to_.forEachBoxOf(end.set,
+                         [this](std::size_t box) { active_[box / kWordBits] ^= bitOf(box); });
     }
 
-    Number last_;
+    void add(const Interval& interval) {
+        const std::size_t index = classHere();
+        to_.classes_[index].intervals.push_back(interval);
+        to_.stretches_.push_back({interval.first, index, to_.beginning_.size()});
+    }
+
+    // The hash only finds the class; the boxes themselves are compared.
+    std::size_t classHere() {
+        const auto [first, last] = known_.equal_range(hash_);
+        for (auto entry = first; entry != last; ++entry) {
+            if (std::equal(active_.begin(), active_.end(), to_.boxesAt(entry->second))) {
+                return entry->second;
+            }
+        }
+        const std::size_t index = to_.classes_.size();
+        known_.emplace(hash_, index);
+        to_.classes_.push_back({{}, {}, index, weight_, index});
+        to_.rows_.insert(to_.rows_.end(), active_.begin(), active_.end());
+        return index;
+    }
+
+    Dimension& to_;
     std::vector<End> ends_;
     std::vector<std::uint64_t> keys_;
     std::uint64_t hash_ = 0;
-    Bits active_;
+    BoxMask active_;
+    std::size_t weight_ = 0;
     std::unordered_multimap<std::uint64_t, std::size_t> known_;
-    std::vector<Class> classes_;
 };
 
 Dimension::Dimension(Number last,
-                     const std::vector<SetPointer>& sets,
+                     std::vector<SetPointer> sets,
                      const std::vector<std::uint32_t>& setOfBox,
-                     const Intervals& preferred)
-    : words_((setOfBox.size() + kWordBits - 1) / kWordBits), classes_(Sweep(last, sets).run()) {
-    splitByPatterns(sets);
-    sortByWeight(setOfBox, sets.size());
-    fillRows(setOfBox, sets.size());
-    chooseExamples(preferred);
-    listStretches();
-    touching_.resize(sets.size());
+                     Intervals preferred)
+    : last_(last),
+      sets_(std::move(sets)),
+      preferred_(std::move(preferred)),
+      words_((setOfBox.size() + kWordBits - 1) / kWordBits) {
+    listBoxes(setOfBox);
+    Sweep(*this).run();
+    splitByPatterns();
+    sortByWeight();
+    listClasses(setOfBox);
+    touching_.resize(sets_.size());
 }
 
-void Dimension::splitByPatterns(const std::vector<SetPointer>& sets) {
-    for (std::size_t i = 0; i < classes_.size(); ++i) {
-        classes_[i].base = i;
+void Dimension::listBoxes(const std::vector<std::uint32_t>& setOfBox) {
+    boxesBegin_.assign(sets_.size() + 1, 0);
+    for (const std::uint32_t set : setOfBox) {
+        ++boxesBegin_[set + 1];
     }
-    for (std::uint32_t set = 1; set < sets.size(); ++set) {
-        if (!sets[set]->pattern) {
+    std::partial_sum(boxesBegin_.begin(), boxesBegin_.end(), boxesBegin_.begin());
+    boxesOfSets_.resize(setOfBox.size());
+    std::vector<std::size_t> next = boxesBegin_;
+    for (std::size_t box = 0; box < setOfBox.size(); ++box) {
+        boxesOfSets_[next[setOfBox[box]]++] = box;
+    }
+}
+
+template <typename Visit>
+void Dimension::forEachBoxOf(std::uint32_t set, Visit visit) const {
+    for (std::size_t i = boxesBegin_[set]; i < boxesBegin_[set + 1]; ++i) {
+        visit(boxesOfSets_[i]);
+    }
+}
+
+void Dimension::splitByPatterns() {
+    for (std::uint32_t set = 1; set < sets_.size(); ++set) {
+        if (sets_[set]->pattern) {
+            hasPatterns_ = true;
+            splitBy(set);
+        }
+    }
+}
+
+void Dimension::splitBy(std::uint32_t set) {
+    const std::size_t count = classes_.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        std::vector<PatternTerm> inside = classes_[i].terms;
+        std::vector<PatternTerm> outside = inside;
+        inside.push_back({*sets_[set]->pattern, true});
+        outside.push_back({*sets_[set]->pattern, false});
+        if (!firstPart(classes_[i].intervals, inside)) {
             continue;
         }
-        const std::size_t count = classes_.size();
-        for (std::size_t i = 0; i < count; ++i) {
-            std::vector<PatternTerm> inside = classes_[i].terms;
-            std::vector<PatternTerm> outside = inside;
-            inside.push_back({*sets[set]->pattern, true});
-            outside.push_back({*sets[set]->pattern, false});
-            const std::optional<Number> in = firstPart(classes_[i].intervals, inside);
-            const std::optional<Number> out =
-                in ? firstPart(classes_[i].intervals, outside) : std::nullopt;
-            if (in && out) {
-                classes_.push_back(classes_[i]);
-                classes_[i].terms = std::move(outside);
-                classes_[i].example = *out;
-                classes_.back().terms = std::move(inside);
-                classes_.back().example = *in;
-            }
-            if (in) {
-                classes_[out ? classes_.size() - 1 : i].sets.set(set);
-            }
+        std::size_t index = i;
+        if (firstPart(classes_[i].intervals, outside)) {
+            index = classes_.size();
+            classes_.push_back(classes_[i]);
+            classes_[i].terms = std::move(outside);
+            classes_[index].terms = std::move(inside);
+            classes_[index].row = index;
+            const BoxMask row(boxesAt(i), boxesAt(i) + words_);
+            rows_.insert(rows_.end(), row.begin(), row.end());
         }
+        classes_[index].weight += boxesBegin_[set + 1] - boxesBegin_[set];
+        Word* const row = rows_.data() + classes_[index].row * words_;
+        forEachBoxOf(set, [row](std::size_t box) { row[box / kWordBits] |= bitOf(box); });
     }
 }
 
-void Dimension::sortByWeight(const std::vector<std::uint32_t>& setOfBox, std::size_t setCount) {
-    std::vector<std::size_t> uses(setCount);
-    for (const std::uint32_t set : setOfBox) {
-        ++uses[set];
-    }
-    std::vector<std::pair<std::size_t, std::size_t>> order;
-    for (std::size_t i = 0; i < classes_.size(); ++i) {
-        const Bits& sets = classes_[i].sets;
-        std::size_t weight = 0;
-        for (auto set = sets.find_first(); set != Bits::npos; set = sets.find_next(set)) {
-            weight += uses[set];
-        }
-        order.emplace_back(weight, i);
-    }
-    std::sort(order.begin(), order.end());
+void Dimension::sortByWeight() {
+    std::vector<std::size_t> order(classes_.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [this](std::size_t one, std::size_t other) {
+        return classes_[one].weight < classes_[other].weight;
+    });
     std::vector<Class> sorted;
     sorted.reserve(order.size());
-    for (const auto& entry : order) {
-        sorted.push_back(std::move(classes_[entry.second]));
+    std::vector<std::size_t> moved(order.size());
+    for (const std::size_t index : order) {
+        moved[index] = sorted.size();
+        sorted.push_back(std::move(classes_[index]));
     }
     classes_ = std::move(sorted);
+    for (Stretch& stretch : stretches_) {
+        stretch.index = moved[stretch.index];
+    }
 }
 
-void Dimension::fillRows(const std::vector<std::uint32_t>& setOfBox, std::size_t setCount) {
-    classesIn_.assign(setCount, Bits(classes_.size()));
-    for (std::size_t i = 0; i < classes_.size(); ++i) {
-        const Bits& sets = classes_[i].sets;
-        for (auto set = sets.find_first(); set != Bits::npos; set = sets.find_next(set)) {
-            classesIn_[set].set(i);
-        }
-    }
-    for (const Bits& in : classesIn_) {
-        shares_.push_back(static_cast<double>(in.count()) / static_cast<double>(in.size()));
-    }
-    boxesAt_.assign(classes_.size() * words_, 0);
+void Dimension::listClasses(const std::vector<std::uint32_t>& setOfBox) {
+    classesIn_.assign(sets_.size(), Bits(classes_.size()));
+    classesIn_[0].set();
+    firstIn_.assign(sets_.size(), Bits::npos);
+    firstIn_[0] = 0;
+    std::vector<std::size_t> counts(sets_.size());
+    counts[0] = classes_.size();
+    BoxMask named(words_);  // the boxes that name a set
     for (std::size_t box = 0; box < setOfBox.size(); ++box) {
-        const Bits& in = classesIn_[setOfBox[box]];
-        for (auto i = in.find_first(); i != Bits::npos; i = in.find_next(i)) {
-            boxesAt_[i * words_ + box / kWordBits] |= Word{1} << box % kWordBits;
-        }
+        named[box / kWordBits] |= setOfBox[box] != 0 ? bitOf(box) : 0;
     }
-}
-
-void Dimension::listStretches() {
     for (std::size_t i = 0; i < classes_.size(); ++i) {
-        isAnyCut_ = isAnyCut_ || !classes_[i].terms.empty();
-        if (classes_[i].terms.empty()) {
-            for (const Interval& interval : classes_[i].intervals) {
-                stretches_.emplace_back(interval, i);
-            }
-        }
-    }
-    std::sort(stretches_.begin(), stretches_.end(), [](const auto& one, const auto& other) {
-        return one.first.first < other.first.first;
-    });
-}
-
-void Dimension::chooseExamples(const Intervals& preferred) {
-    for (Class& entry : classes_) {
-        for (const Interval& wanted : preferred) {
-            Intervals common;
-            for (const Interval& interval : entry.intervals) {
-                if (interval.first <= wanted.last && wanted.first <= interval.last) {
-                    common.push_back({std::max(interval.first, wanted.first),
-                                      std::min(interval.last, wanted.last)});
-                    break;
+        const Word* const row = boxesAt(i);
+        for (std::size_t word = 0; word < words_; ++word) {
+            for (Word bits = row[word] & named[word]; bits != 0; bits &= bits - 1) {
+                const std::uint32_t set = setOfBox[word * kWordBits + firstBitOf(bits)];
+                if (firstIn_[set] == Bits::npos) {
+                    firstIn_[set] = i;
+                }
+                if (!classesIn_[set].test_set(i)) {
+                    ++counts[set];
                 }
             }
-            if (const std::optional<Number> found = firstPart(common, entry.terms)) {
-                entry.example = *found;
+        }
+    }
+    for (const std::size_t count : counts) {
+        shares_.push_back(static_cast<double>(count) / static_cast<double>(classes_.size()));
+    }
+}
+
+std::size_t Dimension::firstClassInBoth(std::uint32_t one, std::uint32_t other) const {
+    if (one == other || other == 0) {
+        return firstIn_[one];
+    }
+    if (one == 0) {
+        return firstIn_[other];
+    }
+    // Goes through the smaller set.
+    const auto [fewer, more] =
+        shares_[one] < shares_[other] ? std::pair(one, other) : std::pair(other, one);
+    const Bits& classes = classesIn_[fewer];
+    const Bits& others = classesIn_[more];
+    std::size_t index = std::max(firstIn_[one], firstIn_[other]);
+    index = classes[index] ? index : classes.find_next(index);
+    while (index != Bits::npos && !others[index]) {
+        index = classes.find_next(index);
+    }
+    return index;
+}
+
+Number Dimension::numberIn(std::size_t index) const {
+    const Class& entry = classes_[index];
+    for (const Interval& wanted : preferred_) {
+        Intervals common;
+        for (const Interval& interval : entry.intervals) {
+            if (interval.first <= wanted.last && wanted.first <= interval.last) {
+                common.push_back(
+                    {std::max(interval.first, wanted.first), std::min(interval.last, wanted.last)});
                 break;
             }
         }
-    }
-}
-
-const BoxMask& Dimension::boxesTouching(std::uint32_t set) const {
-    BoxMask& touching = touching_[set];
-    if (touching.empty()) {
-        touching.assign(words_, 0);
-        const Bits& in = classesIn_[set];
-        for (auto i = in.find_first(); i != Bits::npos; i = in.find_next(i)) {
-            const Word* const boxes = boxesAt(i);
-            for (std::size_t word = 0; word < words_; ++word) {
-                touching[word] |= boxes[word];
-            }
+        if (const std::optional<Number> found = firstPart(common, entry.terms)) {
+            return *found;
         }
     }
-    return touching;
+    return *firstPart(entry.intervals, entry.terms);
+}
+
+const Word* Dimension::boxesTouching(std::uint32_t set) const {
+    const Bits& in = classesIn_[set];
+    if (in.find_next(firstIn_[set]) == Bits::npos) {
+        return boxesAt(firstIn_[set]);
+    }
+    BoxMask& touching = touching_[set];
+    if (!touching.empty()) {
+        return touching.data();
+    }
+    touching.assign(words_, 0);
+    if (!hasPatterns_) {
+        for (const Interval& interval : sets_[set]->intervals) {
+            addStretchesOf(interval, touching);
+        }
+        return touching.data();
+    }
+    for (auto i = in.find_first(); i != Bits::npos; i = in.find_next(i)) {
+        addRow(boxesAt(i), touching);
+    }
+    return touching.data();
+}
+
+// The boxes where the interval begins, and those of the sets that begin within it.
+void Dimension::addStretchesOf(const Interval& interval, BoxMask& boxes) const {
+    auto stretch =
+        std::lower_bound(stretches_.begin(),
+                         stretches_.end(),
+                         interval.first,
+                         [](const Stretch& one, Number number) { return one.first < number; });
+    addRow(boxesAt(stretch->index), boxes);
+    std::size_t next = stretch->endOfSets;
+    while (stretch != stretches_.end() && stretch->first <= interval.last) {
+        ++stretch;
+    }
+    for (const std::size_t end = std::prev(stretch)->endOfSets; next < end; ++next) {
+        forEachBoxOf(beginning_[next],
+                     [&boxes](std::size_t box) { boxes[box / kWordBits] |= bitOf(box); });
+    }
 }
 
 std::size_t Dimension::classOf(Number number) const {
@@ -294,12 +385,14 @@ Intervals Dimension::uncutNumbersIn(const Bits& classes) const {
         return normalized(std::move(numbers));
     }
     bool isJoined = false;
-    for (const auto& [interval, index] : stretches_) {
-        const bool isIn = classes[index];
-        if (isIn && isJoined && numbers.back().last + 1 == interval.first) {
-            numbers.back().last = interval.last;
+    for (std::size_t i = 0; i < stretches_.size(); ++i) {
+        const std::size_t index = stretches_[i].index;
+        const Number last = i + 1 == stretches_.size() ? last_ : stretches_[i + 1].first - 1;
+        const bool isIn = classes[index] && classes_[index].terms.empty();
+        if (isIn && isJoined) {
+            numbers.back().last = last;
         } else if (isIn) {
-            numbers.push_back(interval);
+            numbers.push_back({stretches_[i].first, last});
         }
         isJoined = isIn;
     }
@@ -309,7 +402,7 @@ Intervals Dimension::uncutNumbersIn(const Bits& classes) const {
 Intervals Dimension::numbersIn(const Bits& classes) const {
     Intervals numbers = uncutNumbersIn(classes);
     std::map<std::size_t, std::vector<std::size_t>> cut;  // by what they were cut out of
-    if (isAnyCut_) {
+    if (hasPatterns_) {
         for (auto i = classes.find_first(); i != Bits::npos; i = classes.find_next(i)) {
             if (!classes_[i].terms.empty()) {
                 cut[classes_[i].base].push_back(i);

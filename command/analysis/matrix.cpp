@@ -16,7 +16,7 @@ std::vector<std::size_t> boxesIn(const BoxMask& mask) {
     std::vector<std::size_t> boxes;
     for (std::size_t word = 0; word < mask.size(); ++word) {
         for (Word bits = mask[word]; bits != 0; bits &= bits - 1) {
-            boxes.push_back(word * kWordBits + static_cast<std::size_t>(__builtin_ctzll(bits)));
+            boxes.push_back(word * kWordBits + firstBitOf(bits));
         }
     }
     return boxes;
@@ -49,7 +49,7 @@ class Rows {
                 continue;
             }
             if (space.boxes()[box].sets[kSource] != 0) {
-                special_[box / kWordBits] |= Word{1} << box % kWordBits;
+                special_[box / kWordBits] |= bitOf(box);
                 columnsOf_[box] = std::move(columns);
                 continue;
             }
