@@ -20,11 +20,21 @@ template <typename Visit>
 void forEachBox(const BoxMask& mask, Visit visit) {
     for (std::size_t word = 0; word < mask.size(); ++word) {
         for (Word bits = mask[word]; bits != 0; bits &= bits - 1) {
-            if (!visit(word * kWordBits + static_cast<std::size_t>(__builtin_ctzll(bits)))) {
+            if (!visit(word * kWordBits + firstBitOf(bits))) {
                 return;
             }
         }
     }
+}
+
+template <typename Question>
+bool any(const BoxMask& mask, Question question) {
+    bool isFound = false;
+    forEachBox(mask, [&](std::size_t box) {
+        isFound = question(box);
+        return !isFound;
+    });
+    return isFound;
 }
 
 // One family's part of the answers.
@@ -33,12 +43,14 @@ class FamilyJudge {
     FamilyJudge(const FamilyModel& model, const Interfaces& interfaces)
         : space_({&model}, interfaces),
           all_(space_.maskOf(space_.list(0))),
+          allowed_(all_.size()),
           reached_(all_.size()),
           boxesOf_(space_.rules().size()) {
         // A box that is never reached adds nothing to those before it.
         for (std::size_t i = 0; i < space_.boxes().size(); ++i) {
             const Box& box = space_.boxes()[i];
             boxesOf_[box.rule].push_back(i);
+            allowed_[i / kWordBits] |= box.isAllowed ? bitOf(i) : 0;
             if (space_.uncovered(box, box, reached_, i)) {
                 reached_[i / kWordBits] |= bitOf(i);
             }
@@ -65,33 +77,45 @@ class FamilyJudge {
 
     // The rules that decide about packets of a rule that is never reached.
     [[nodiscard]] std::vector<std::size_t> deciders(std::size_t rule) const {
-        std::vector<bool> decides(space_.rules().size());
-        for (const std::size_t box : boxesOf_[rule]) {
-            const Box& own = space_.boxes()[box];
-            forEachBox(both(reached_, space_.boxesTouching(own)), [&](std::size_t i) {
-                const Box& other = space_.boxes()[i];
-                decides[other.rule] =
-                    decides[other.rule] || (i < box && space_.uncovered(own, other, reached_, i));
-                return i < box;
-            });
-        }
         std::vector<std::size_t> found;
-        for (std::size_t i = 0; i < decides.size(); ++i) {
-            if (decides[i]) {
-                found.push_back(i);
-            }
+        for (const std::size_t box : boxesOf_[rule]) {
+            addDeciders(box, found);
         }
+        std::sort(found.begin(), found.end());
+        found.erase(std::unique(found.begin(), found.end()), found.end());
         return found;
     }
 
   private:
-    static Word bitOf(std::size_t box) { return Word{1} << box % kWordBits; }
-
     static BoxMask both(BoxMask one, const BoxMask& other) {
         for (std::size_t word = 0; word < one.size(); ++word) {
             one[word] &= other[word];
         }
         return one;
+    }
+
+    // Goes through the boxes before one until they hold all of it. A packet that none of them has
+    // held so far names a box that decides, and shows that there is more to come until then.
+    void addDeciders(std::size_t box, std::vector<std::size_t>& found) const {
+        const Box& own = space_.boxes()[box];
+        std::optional<std::size_t> known;
+        forEachBox(both(reached_, space_.boxesTouching(own)), [&](std::size_t i) {
+            if (i >= box) {
+                return false;
+            }
+            if (!known || *known < i) {
+                const std::optional<Cell> open = space_.uncovered(own, own, reached_, i);
+                if (!open) {
+                    return false;
+                }
+                known = space_.firstAt(*open, reached_);
+            }
+            const Box& other = space_.boxes()[i];
+            if (i == *known || space_.uncovered(own, other, reached_, i)) {
+                found.push_back(other.rule);
+            }
+            return true;
+        });
     }
 
     // Whether a packet that the box decides about gets the other verdict without its rule.
@@ -106,21 +130,33 @@ class FamilyJudge {
         if ((next ? space_.boxes()[*next].isAllowed : true) != own.isAllowed) {
             return true;
         }
-        if (!own.isAllowed && space_.uncovered(own, own, others)) {
-            return true;
+        const BoxMask opposite = laterOpposite(box, others);
+        return any(opposite,
+                   [&](std::size_t i) {
+                       return space_.showsUncovered(own, space_.boxes()[i], others, i);
+                   }) ||
+               (!own.isAllowed && space_.uncovered(own, own, others)) ||
+               any(opposite, [&](std::size_t i) {
+                   return space_.uncovered(own, space_.boxes()[i], others, i).has_value();
+               });
+    }
+
+    // The boxes after one that touch it and have the other verdict.
+    [[nodiscard]] BoxMask laterOpposite(std::size_t box, const BoxMask& others) const {
+        const Box& own = space_.boxes()[box];
+        BoxMask mask = both(others, space_.boxesTouching(own));
+        const std::size_t first = box / kWordBits;
+        std::fill_n(mask.begin(), first, 0);
+        mask[first] &= ~(bitOf(box) | (bitOf(box) - 1));
+        for (std::size_t word = first; word < mask.size(); ++word) {
+            mask[word] &= own.isAllowed ? ~allowed_[word] : allowed_[word];
         }
-        bool isNeeded = false;
-        forEachBox(both(others, space_.boxesTouching(own)), [&](std::size_t i) {
-            const Box& other = space_.boxes()[i];
-            isNeeded = i > box && other.isAllowed != own.isAllowed &&
-                       space_.uncovered(own, other, others, i);
-            return !isNeeded;
-        });
-        return isNeeded;
+        return mask;
     }
 
     BoxSpace space_;
     BoxMask all_;
+    BoxMask allowed_;  // those that allow
     BoxMask reached_;  // the boxes that decide about any packet
     std::vector<std::vector<std::size_t>> boxesOf_;
 };
