@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "command/answers/meaning.h"
 #include "command/answers/meaningFindings.h"
 #include "command/answers/systemNames.h"
 #include "command/answers/table.h"
@@ -44,6 +45,20 @@ void showProgress(const Console& console, const std::vector<Document>& documents
     }
 }
 
+Findings checkWith(analysis::ModelReader& reader,
+                   const Document& document,
+                   const CheckContext& context,
+                   const std::optional<Client>& client) {
+    Findings findings = checkProfile(document, context);
+    Findings meaning = meaningFindings(document, reader, client);
+    std::move(meaning.begin(), meaning.end(), std::back_inserter(findings));
+    std::stable_sort(
+        findings.begin(), findings.end(), [](const Finding& one, const Finding& other) {
+            return std::tie(one.line, one.column) < std::tie(other.line, other.column);
+        });
+    return findings;
+}
+
 Findings checkAll(const Console& console,
                   const CheckContext& context,
                   const std::optional<Client>& client) {
@@ -51,10 +66,11 @@ Findings checkAll(const Console& console,
     showProgress(console, documents);
     std::vector<const Document*> pointers;
     Findings findings;
+    analysis::ModelReader reader(countryRanges());
     for (const Document& document : documents) {
         pointers.push_back(&document);
-        const Findings found = checkDocument(document, context, client);
-        findings.insert(findings.end(), found.begin(), found.end());
+        Findings found = checkWith(reader, document, context, client);
+        std::move(found.begin(), found.end(), std::back_inserter(findings));
     }
     const Findings names = checkStoredNames(pointers);
     findings.insert(findings.end(), names.begin(), names.end());
@@ -66,14 +82,8 @@ Findings checkAll(const Console& console,
 Findings checkDocument(const Document& document,
                        const CheckContext& context,
                        const std::optional<Client>& client) {
-    Findings findings = checkProfile(document, context);
-    Findings meaning = meaningFindings(document, client);
-    std::move(meaning.begin(), meaning.end(), std::back_inserter(findings));
-    std::stable_sort(
-        findings.begin(), findings.end(), [](const Finding& one, const Finding& other) {
-            return std::tie(one.line, one.column) < std::tie(other.line, other.column);
-        });
-    return findings;
+    analysis::ModelReader reader(countryRanges());
+    return checkWith(reader, document, context, client);
 }
 
 Status checkAnswer(const Console& console, const CheckRequest& request) {

@@ -148,8 +148,9 @@ std::unique_ptr<const Meaning> readableMeaning(const Document& document,
 
 }  // namespace
 
-Findings meaningFindings(const Document& document, const std::optional<Client>& client) {
-    analysis::ModelReader reader(countryRanges());
+Findings meaningFindings(const Document& document,
+                         analysis::ModelReader& reader,
+                         const std::optional<Client>& client) {
     const auto meaning = readableMeaning(document, reader);
     FindingList findings(document);
     if (meaning != nullptr) {

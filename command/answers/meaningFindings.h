@@ -24,8 +24,10 @@ struct Client {
                                              const std::optional<std::string>& port);
 
 // `shadowed`, `redundant` and `lockout`, in the order of the text. None for a document that the
-// library would not read, and none about rules that it would not translate.
+// library would not read, and none about rules that it would not translate. Documents that are
+// checked together share the reader, and with it the countries that it has read.
 [[nodiscard]] Findings meaningFindings(const Document& document,
+                                       analysis::ModelReader& reader,
                                        const std::optional<Client>& client);
 
 // `lockout` alone.
