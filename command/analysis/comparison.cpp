@@ -165,11 +165,11 @@ class Comparison::Work {
     [[nodiscard]] Verdicts within(const Verdicts& verdicts,
                                   std::size_t axis,
                                   const Bits& group) const {
-        const std::size_t any = group.find_first();
+        const Word* const here = space_.axis(kFree[axis]).boxesAt(group.find_first());
         Verdicts kept = {{}, verdicts.isAllowedAtEnd};
         for (Entry entry : verdicts.boxes) {
             if ((entry.cuts >> axis & 1) != 0) {
-                if (!classesOf(entry.box, axis)[any]) {
+                if ((here[entry.box / kWordBits] & bitOf(entry.box)) == 0) {
                     continue;
                 }
                 entry.cuts &= ~(1U << axis);
@@ -182,13 +182,17 @@ class Comparison::Work {
         return kept;
     }
 
-    // The boxes that only one of the lists has.
+    // The boxes that only one of the lists has. Twins come in the same order in both.
     [[nodiscard]] std::vector<std::size_t> changedBoxes(const State& state) const {
         std::vector<std::size_t> changed;
         const auto collect = [&](const Verdicts& own, const Verdicts& others) {
+            auto other = others.boxes.begin();
             for (const Entry& entry : own.boxes) {
-                const Entry twin = {twin_[entry.box], 0};
-                if (!std::binary_search(others.boxes.begin(), others.boxes.end(), twin)) {
+                const std::size_t twin = twin_[entry.box];
+                while (twin != kNone && other != others.boxes.end() && other->box < twin) {
+                    ++other;
+                }
+                if (twin == kNone || other == others.boxes.end() || other->box != twin) {
                     changed.push_back(entry.box);
                 }
             }

@@ -178,14 +178,23 @@ void addParts(const FamilyJudge& judge, std::map<RuleKey, RuleParts>& rules) {
     }
 }
 
+// In a family they differ, and only what both have is looked for.
 std::vector<Origin> decidersOf(const RuleParts& rule) {
     std::vector<Origin> by;
     std::set<std::tuple<Origin::Kind, std::string, std::size_t>> known;
     for (const auto& [judge, index] : rule.parts) {
+        const bool isLast = &judge == &rule.parts.back().first;
         for (const std::size_t decider : judge->deciders(index)) {
             const Origin& origin = judge->space().rules()[decider];
-            if (known.emplace(origin.kind, origin.adapter, origin.position.value_or(0)).second) {
+            const auto key = [&origin] {
+                return std::tuple(origin.kind, origin.adapter, origin.position.value_or(0));
+            };
+            const bool isKnown = !known.empty() && known.count(key()) != 0;
+            if (!isKnown) {
                 by.push_back(origin);
+            }
+            if (!isLast) {
+                known.insert(key());
             }
         }
     }
