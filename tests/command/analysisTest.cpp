@@ -771,6 +771,22 @@ TEST_F(Analysis, LooksAtBothHalvesOfWhatARuleLeaves) {
     EXPECT_EQ(idle.shadowed[0].by.size(), 6U);
 }
 
+// One address is all that the rules share, at one end of a range or at the other.
+TEST_F(Analysis, NeedsARuleForTheLastAddressOfItsRange) {
+    for (const char* const shared : {"10.0.0.5", "10.0.0.6", "10.0.0.8"}) {
+        FW::FWRULE range = test::portRule(FW::FW_POLICY_ALLOW, {"22"});
+        range.ipType = FW::FW_IP_TYPE_V4;
+        range.ipGroup = FW::FW_IP_GROUP_RANGE;
+        range.ipList = {"10.0.0.5", "10.0.0.8"};
+        FW::FWRULE host = range;
+        host.policy = FW::FW_POLICY_DENY;
+        host.ipList = {shared, shared};
+        FW::FWPROFILE profile;
+        profile.rules["eth0"] = {range, host};
+        EXPECT_TRUE(idleRules(meaning(profile)->model).redundant.empty()) << shared;
+    }
+}
+
 TEST_F(Analysis, LeavesOutWhatItDoesNotKnow) {
     const auto unknownOf = [this](const std::string& line) {
         const Plan plan = {"home", {{line, "eth0", LineKind::kRule, 1, ""}}, {}};
