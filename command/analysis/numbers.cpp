@@ -86,6 +86,32 @@ class PartWalk {
     bool isAnyFound_ = false;
 };
 
+// Whether the lists differ in one term alone, which one of them wants and the other does not.
+// Then the term can be left out of their union.
+bool leaveOutOpposite(std::vector<PatternTerm>& one, const std::vector<PatternTerm>& other) {
+    if (one.size() != other.size()) {
+        return false;
+    }
+    std::size_t opposite = one.size();
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        if (one[i].pattern.value != other[i].pattern.value ||
+            one[i].pattern.mask != other[i].pattern.mask) {
+            return false;
+        }
+        if (one[i].isWanted != other[i].isWanted) {
+            if (opposite != one.size()) {
+                return false;
+            }
+            opposite = i;
+        }
+    }
+    if (opposite == one.size()) {
+        return false;
+    }
+    one.erase(one.begin() + static_cast<std::ptrdiff_t>(opposite));
+    return true;
+}
+
 }  // namespace
 
 Intervals normalized(Intervals intervals) {
@@ -146,6 +172,18 @@ bool forEachPart(const Interval& interval,
                  const std::vector<PatternTerm>& terms,
                  const std::function<bool(const Interval&)>& take) {
     return PartWalk(interval, terms, take).run();
+}
+
+void joinTerms(std::vector<std::vector<PatternTerm>>& lists) {
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            if (leaveOutOpposite(lists[j], lists[i])) {
+                lists.erase(lists.begin() + static_cast<std::ptrdiff_t>(i));
+                joinTerms(lists);
+                return;
+            }
+        }
+    }
 }
 
 Number numberOf(const Address& address) {

@@ -58,6 +58,9 @@ bool forEachPart(const Interval& interval,
                  const std::vector<PatternTerm>& terms,
                  const std::function<bool(const Interval&)>& take);
 
+// Joins lists of terms of which the union can be said with fewer.
+void joinTerms(std::vector<std::vector<PatternTerm>>& lists);
+
 [[nodiscard]] Number numberOf(const Address& address);
 [[nodiscard]] std::string addressText(Number address, int family);
 [[nodiscard]] Number lastAddress(int family);
