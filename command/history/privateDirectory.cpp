@@ -62,11 +62,24 @@ posix::Descriptor openPrivateFile(const posix::Descriptor& directory,
 
 bool replacePrivateFile(const posix::Descriptor& directory,
                         const std::string& name,
-                        std::string_view text) {
+                        std::string_view text,
+                        OnDisk onDisk) {
     const std::string temporary = name + ".tmp";
     posix::Descriptor file = openPrivateFile(directory, temporary, O_WRONLY | O_CREAT | O_TRUNC);
-    return file && posix::writeWhole(file.get(), text) && file.close() &&
-           renameat(directory.get(), temporary.c_str(), directory.get(), name.c_str()) == 0;
+    if (!file) {
+        return false;
+    }
+    const bool isWritten =
+        posix::writeWhole(file.get(), text) && (onDisk == OnDisk::kLater || fsync(file.get()) == 0);
+    if (isWritten && file.close() &&
+        renameat(directory.get(), temporary.c_str(), directory.get(), name.c_str()) == 0) {
+        return true;
+    }
+    // It would keep a full disk full.
+    const int error = errno;
+    (void)unlinkat(directory.get(), temporary.c_str(), 0);
+    errno = error;
+    return false;
 }
 
 std::optional<std::string> readPrivateFile(const posix::Descriptor& directory,

@@ -22,12 +22,17 @@ namespace zamofw {
                                                 const std::string& name,
                                                 int flags);
 
+// When a text must be on the disk. One that may get there later can be empty or torn after a power
+// cut, so its readers must recognise that.
+enum class OnDisk { kLater, kNow };
+
 // Puts a file with this text in the place of the one of that name, whole or not at all: a reader
 // finds the old text or the new one. A kill may leave NAME.tmp, which the next call overwrites.
-// False, with errno set, on failure.
+// False, with errno set, on failure; no temporary file is left then.
 [[nodiscard]] bool replacePrivateFile(const posix::Descriptor& directory,
                                       const std::string& name,
-                                      std::string_view text);
+                                      std::string_view text,
+                                      OnDisk onDisk = OnDisk::kLater);
 
 // The text of root's own plain file. None, with errno set, when it is not there, cannot be read or
 // is larger than any that we write.

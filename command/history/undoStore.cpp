@@ -86,7 +86,8 @@ bool keepSnapshot(Snapshot& snapshot) {
     }
     const std::vector<std::uint64_t> kept = numbers();
     snapshot.number = kept.empty() ? 1 : kept.back() + 1;
-    return replacePrivateFile(store, fileName(snapshot.number), textOf(snapshot));
+    // It must be there when a power cut ends the change, whose files are on the disk one by one.
+    return replacePrivateFile(store, fileName(snapshot.number), textOf(snapshot), OnDisk::kNow);
 }
 
 void dropOldSnapshots() {
