@@ -14,6 +14,7 @@
 #include "command/answers/refusalText.h"
 #include "command/answers/trialEnd.h"
 #include "command/apply/keptRules.h"
+#include "command/apply/kernelDamage.h"
 #include "command/apply/kernelModules.h"
 #include "command/apply/kernelState.h"
 #include "command/apply/lastReload.h"
@@ -146,7 +147,7 @@ InForce reloadSequentially(const Console& console, Errors errors) {
         return result;
     }
     checkFirst(console, profile, errors);
-    requireChains();
+    const Guards guards = requireChains();
     const Plan plan = planOf(profile);
     showProgress(console, profile, plan.v4.size() + plan.v6.size());
     const SavedRulesAside aside;
@@ -158,6 +159,7 @@ InForce reloadSequentially(const Console& console, Errors errors) {
                              ? "the reload failed"
                              : "the reload failed, and the firewall has been switched off");
     }
+    removeGuards(guards);
     keepRules(plan);
     dropStartNote();
     endTrialUnderLock(console);

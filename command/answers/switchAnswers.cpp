@@ -2,16 +2,22 @@
 
 #include <json/value.h>
 
+#include <memory>
+
 #include "command/answers/changeAnswer.h"
 #include "command/answers/profileInForce.h"
 #include "command/answers/refusalText.h"
 #include "command/answers/trialEnd.h"
+#include "command/apply/executionLock.h"
 #include "command/apply/keptRules.h"
+#include "command/apply/kernelDamage.h"
 #include "command/apply/kernelState.h"
+#include "command/apply/savedTable.h"
 #include "command/apply/startNote.h"
 #include "command/apply/trial.h"
 #include "command/history/change.h"
 #include "command/plan/plan.h"
+#include "library/model/names.h"
 #include "zamofirewall/controller.h"
 #include "zamofirewall/profileDatabase.h"
 
@@ -22,6 +28,36 @@ Json::Value configuration() {
     Json::Value document;
     (void)FW::ZAMOFW_JSON_DB().exportConfig(document);
     return document;
+}
+
+// False when it cannot be told.
+bool areRulesLeft() try {
+    const SavedFamilies there = savedFamilies();
+    for (const SavedTables* const tables : {&there.v4, &there.v6}) {
+        for (const char* const chain : FW::kFirewallChains) {
+            if (!rulesOf(tableOf(*tables, kFilterTable), chain).empty()) {
+                return true;
+            }
+        }
+    }
+    return false;
+} catch (const Failure&) {
+    return false;
+}
+
+// The library stores the status whether or not it could empty the chains. A reload that runs at the
+// same time may have filled them again, and empties them before it gives its lock away.
+void requireEmptyChains() {
+    constexpr int kLongestWait = 30;
+    if (areRulesLeft()) {
+        const std::unique_ptr<ExecutionLock> lock = ExecutionLock::takenWithin(kLongestWait);
+        if (areRulesLeft()) {
+            failed(
+                "it is stored that the firewall is switched off, but some of its rules could not "
+                "be removed and are still in force",
+                "see that nothing holds up the iptables programs, and run `zamofw disable` again");
+        }
+    }
 }
 
 }  // namespace
@@ -35,7 +71,7 @@ Status enableAnswer(const Console& console, const std::vector<std::string>& give
         answerChange(console, false, "");
         throw;
     }
-    requireChains();
+    const Guards guards = requireChains();
     return recordedChange(given, [&] {
         const bool wasEnabled = isFirewallEnabled();
         const SavedRulesAside aside;
@@ -47,6 +83,7 @@ Status enableAnswer(const Console& console, const std::vector<std::string>& give
                                                    "could not be put into force"
                                                  : "the firewall could not be switched on");
         }
+        removeGuards(guards);
         keepRules(planProfile(profileOf(profile)));
         dropStartNote();
         answerChange(console,
@@ -69,6 +106,7 @@ Status disableAnswer(const Console& console, const std::vector<std::string>& giv
                 "switched off",
                 "see that /usr/zamo/etc/firewall.d/ can be written to");
         }
+        requireEmptyChains();
         dropKeptRules();
         dropStartNote();
         answerChange(console, wasEnabled, "the firewall is disabled");

@@ -173,4 +173,11 @@ void mendDoor(const SavedFamilies& there, Rules rules, const ExecutionLock& lock
     }
 }
 
+void removeGuards(Guards guards) {
+    if (guards == Guards::kLeft) {
+        const ExecutionLock lock;
+        mendDoor(savedFamilies(), Rules::kKeep, lock);
+    }
+}
+
 }  // namespace zamofw

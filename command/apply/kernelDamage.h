@@ -4,6 +4,7 @@
 
 #include "command/apply/damage.h"
 #include "command/apply/executionLock.h"
+#include "command/apply/kernelState.h"
 #include "command/apply/savedTable.h"
 #include "command/plan/plan.h"
 
@@ -26,6 +27,10 @@ void mendPlaces(const SavedFamilies& there, const ExecutionLock& lock);
 // firewall's chains are emptied too. Throws Failure.
 enum class Rules { kKeep, kEmpty };
 void mendDoor(const SavedFamilies& there, Rules rules, const ExecutionLock& lock);
+
+// After a reload line by line: takes away the guard rules that an earlier one has left. Throws
+// Failure.
+void removeGuards(Guards guards);
 
 }  // namespace zamofw
 

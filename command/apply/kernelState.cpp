@@ -88,9 +88,14 @@ std::string SavedChains::input() const {
     return chains + rules + "COMMIT\n";
 }
 
-void requireChains() {
-    (void)SavedChains(4);
-    (void)SavedChains(6);
+bool SavedChains::hasGuards() const {
+    return table_.find(std::string("] -A ") + FW::kReloadingChain + " ") != std::string::npos;
+}
+
+Guards requireChains() {
+    const bool hasGuards4 = SavedChains(4).hasGuards();
+    const bool hasGuards6 = SavedChains(6).hasGuards();
+    return hasGuards4 || hasGuards6 ? Guards::kLeft : Guards::kNone;
 }
 
 void chainIsMissing(int family, const std::string& chain) {

@@ -22,13 +22,18 @@ class SavedChains {
     // Input for `iptables-restore --noflush --counters` that makes them that again.
     [[nodiscard]] std::string input() const;
 
+    // Whether a reload that was killed, or could not open the policies, has left guard rules.
+    [[nodiscard]] bool hasGuards() const;
+
   private:
     std::string table_;
 };
 
-// Throws Failure unless all of the firewall's chains are there. A reload line by line closes the
-// policies before it finds out.
-void requireChains();
+// Throws Failure unless all of the firewall's chains are there: a reload line by line closes the
+// policies before it finds out. Says whether guard rules are left, of which such a reload takes
+// away no more than its own.
+enum class Guards { kNone, kLeft };
+[[nodiscard]] Guards requireChains();
 
 // Ends the call: one of the firewall's chains is not there.
 [[noreturn]] void chainIsMissing(int family, const std::string& chain);
