@@ -129,9 +129,15 @@ void showText(const Console& console, const InForce& result) {
     }
 }
 
+// The rules in force are those that were asked for, so a status that cannot be read changes
+// nothing: taking back what is stored would leave the kernel with rules that nobody stores.
+bool isDisabledNow() try { return !isFirewallEnabled(); } catch (const std::exception&) {
+    return false;
+}
+
 // `disable` does not wait for a reload: it may have flushed the chains before they were filled.
 void flushIfDisabledMeanwhile(InForce& result) {
-    if (result.outcome.applied && !isFirewallEnabled()) {
+    if (result.outcome.applied && isDisabledNow()) {
         (void)FW::ZAMOFW().fwClear();
         result.outcome.applied = false;
         result.isEnabled = false;
