@@ -63,6 +63,25 @@ void followInKernel(const Console& console, bool wasEnabled, Errors errors) {
     }
 }
 
+void takeBack(const Console& console, const Json::Value& before) {
+    try {
+        restoreConfiguration(before);
+    } catch (const std::exception& problem) {
+        console.err << "what was stored before could not be brought back: " << problem.what()
+                    << "\n";
+    }
+}
+
+// Where memory ran out, nobody knows whether the rules were put into force before.
+void takeBackInKernel(const Console& console, Errors errors) {
+    try {
+        followInKernel(console, /*wasEnabled=*/true, errors);
+    } catch (const std::exception& problem) {
+        console.err << "the rules of before could not be put back: " << problem.what()
+                    << "\n  run `zamofw reload`\n";
+    }
+}
+
 }  // namespace
 
 void exchangeConfiguration(const Console& console,
@@ -73,13 +92,12 @@ void exchangeConfiguration(const Console& console,
     try {
         restoreConfiguration(configuration);
         followInKernel(console, wasEnabled, errors);
+    } catch (const Failure&) {
+        takeBack(console, before);
+        throw;
     } catch (const std::exception&) {
-        try {
-            restoreConfiguration(before);
-        } catch (const std::exception& problem) {
-            console.err << "what was stored before could not be brought back: " << problem.what()
-                        << "\n";
-        }
+        takeBack(console, before);
+        takeBackInKernel(console, errors);
         throw;
     }
 }

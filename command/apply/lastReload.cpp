@@ -3,6 +3,8 @@
 #include <json/value.h>
 #include <sys/stat.h>
 
+#include <exception>
+
 #include "command/apply/runNote.h"
 #include "library/model/names.h"
 
@@ -26,13 +28,21 @@ std::int64_t sinceEpoch(system_clock::time_point time) {
 ReloadRecord::ReloadRecord()
     : begin_(system_clock::now()), start_(std::chrono::steady_clock::now()) {}
 
+// Without it, figures are missing, and the watch reloads once more than it has to.
 ReloadRecord::~ReloadRecord() {
+    try {
+        write();
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
+void ReloadRecord::write() const {
     Json::Value note;
     note[kBegin] = Json::Int64{sinceEpoch(begin_)};
     note[kDuration] = Json::Int64{
         std::chrono::duration_cast<nanoseconds>(std::chrono::steady_clock::now() - start_).count()};
     note[kApplied] = isApplied_;
-    // Without it, figures are missing, and the watch reloads once more than it has to.
     (void)writeRunNote(kNote, note);
 }
 

@@ -25,6 +25,8 @@ class ReloadRecord {
     void setApplied(bool isApplied) { isApplied_ = isApplied; }
 
   private:
+    void write() const;
+
     std::chrono::system_clock::time_point begin_;
     std::chrono::steady_clock::time_point start_;
     bool isApplied_ = false;

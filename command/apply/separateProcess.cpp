@@ -10,9 +10,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <memory>
-#include <new>
 #include <string>
 #include <utility>
 
@@ -46,10 +44,6 @@ Json::Value reportOf(const std::function<Json::Value()>& work) {
         return report;
     } catch (const Failure& failure) {
         return failureReport(failure.status(), failure.what(), failure.remedy());
-    } catch (const std::bad_alloc&) {
-        return failureReport(Status::kFailed, "out of memory", "");
-    } catch (const std::exception& problem) {
-        return failureReport(Status::kFailed, std::string("internal fault: ") + problem.what(), "");
     }
 }
 
@@ -84,7 +78,14 @@ bool isWanted(int channel) {
     (void)prctl(PR_SET_NAME, kProcessName);
     // A program that ends before it has read its input is a failure that the work deals with.
     (void)signal(SIGPIPE, SIG_IGN);
-    const bool isDone = !isWanted(channel) || posix::writeWhole(channel, textOf(reportOf(work)));
+    bool isDone = false;
+    try {
+        isDone = !isWanted(channel) || posix::writeWhole(channel, textOf(reportOf(work)));
+    } catch (...) {
+        // Memory has run out, and the work may have been done nevertheless: the parent starts it
+        // again. Nothing may get from here to those who called the parent.
+        isDone = false;
+    }
     // Not exit(): what waits in the buffers of the streams belongs to the parent.
     _exit(isDone ? EXIT_SUCCESS : EXIT_FAILURE);
 }
@@ -158,7 +159,7 @@ Json::Value SeparateProcess::run() {
             return *given;
         }
     }
-    failed("somebody has killed the process that puts the rules into force, twice",
+    failed("the process that puts the rules into force was killed or had no memory, twice",
            "run `zamofw reload`: IPv4 and IPv6 may have rules of different profiles");
 }
 
