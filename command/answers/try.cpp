@@ -122,28 +122,41 @@ void requireNoTrial(const Console& console, const ExecutionLock& lock) {
                 << takeBackTrial(console, trial, Patience::kWait, lock) << "\n";
 }
 
+// Where memory runs out nobody knows whether the rules are in force: the record stays then, and the
+// timer takes them back.
+Outcome applyWithTimer(TrialState& trial, const Plan& plan, const ExecutionLock& lock) {
+    try {
+        trial.timer = startTrialTimer(trial.id);
+        trial.timerStart = startOfProcess(trial.timer).value_or(0);
+        return applyForNow(plan, lock);
+    } catch (const Failure&) {
+        forgetTrial(trial);
+        throw;
+    }
+}
+
 // From the record on, somebody takes back whatever becomes of this process.
-Outcome begin(TrialState& trial,
+Outcome begin(const Console& console,
+              TrialState& trial,
               const Plan& plan,
               unsigned long seconds,
               const ExecutionLock& lock) {
     writeTrial(trial);
-    try {
-        trial.timer = startTrialTimer(trial.id);
-        trial.timerStart = startOfProcess(trial.timer).value_or(0);
-        Outcome outcome = applyForNow(plan, lock);
-        if (outcome.applied) {
-            setTimes(trial, seconds);
-            trial.beganTick = ticksSinceBoot();
-            writeTrial(trial);
-        } else {
-            forgetTrial(trial);
-        }
-        return outcome;
-    } catch (...) {
+    Outcome outcome = applyWithTimer(trial, plan, lock);
+    if (!outcome.applied) {
         forgetTrial(trial);
+        return outcome;
+    }
+    try {
+        setTimes(trial, seconds);
+        trial.beganTick = ticksSinceBoot();
+        writeTrial(trial);
+    } catch (const Failure&) {
+        // On a full disk, say. Should this fail as well, the timer has the first record.
+        (void)takeBackTrial(console, trial, Patience::kWait, lock);
         throw;
     }
+    return outcome;
 }
 
 void refuseLockout(const Console& console, const Document& document, const Client& client) {
@@ -201,7 +214,7 @@ Status tryAnswer(const Console& console, const TryRequest& request) {
     const std::string copy = trialCopyName(target.name);
     storeDocument(copy, renamedDocument(target.document, copy));
     TrialState trial = newTrial(target, client, connection, seconds);
-    const Outcome outcome = begin(trial, plan, seconds, lock);
+    const Outcome outcome = begin(console, trial, plan, seconds, lock);
     if (!outcome.applied) {
         failed(refusalsText(outcome.refused) + "the rules that were in force still are",
                "mend the rule, for instance with `zamofw rule replace`");
