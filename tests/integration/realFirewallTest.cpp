@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <functional>
+#include <future>
 #include <random>
 
 #include "tests/support/processes.h"
@@ -135,6 +137,54 @@ TEST_F(RealFirewall, ServesSeveralProcessesAtOnce) {
     FWPROFILE profile;
     EXPECT_TRUE(ZAMOFW_PROFILE().profileGet("home", profile)) << "every file is whole";
     EXPECT_EQ(log_.take(), std::vector<std::string>());
+}
+
+// Each with objects of its own.
+TEST_F(RealFirewall, ServesSeveralThreadsAtOnce) {
+    store({test::portRule(FW_POLICY_ALLOW, {"22"}), test::serviceRule(FW_POLICY_ALLOW, {"http"})},
+          FW_POLICY_DENY);
+    ASSERT_TRUE(ZAMOFW().fwEnable());
+    const std::function<bool()> actions[] = {
+        [] { return ZAMOFW().fwReload(true); },
+        [] { return ZAMOFwPortsCheckAllowByAdapter("eth0", "ssh") == 1; },
+        [] {
+            std::map<std::string, FW_POLICY> result;
+            return ZAMOFW().fwServIsBlocked("http", "eth0", result);
+        },
+        [] {
+            Json::Value list;
+            return ZAMOFW().fwIptablesRulesEnum("home", list, true);
+        },
+        [] {
+            Json::Value document;
+            return ZAMOFW_JSON_DB().exportConfig(document);
+        },
+        [] {
+            ZAMOFW_PROFILE profiles;
+            FWPROFILE profile;
+            return profiles.profileGet("home", profile) && profiles.profileSet("home", profile);
+        },
+        [] { return ZAMO_IPTABLES_MODULES::iptablesCoreModLoad("thread"); },
+        [] { return VLIBFwRuleReserveServInsert("ftp", 1, 0) == 0; },
+        [] {
+            Json::Value settings;
+            return ZAMOFW().configGet(settings);
+        }};
+    std::vector<std::future<bool>> threads;
+    for (std::size_t first = 0; first < 4; ++first) {
+        threads.push_back(std::async(std::launch::async, [&actions, first] {
+            bool done = true;
+            for (std::size_t i = 0; i < 2 * std::size(actions); ++i) {
+                done = actions[(first * 3 + i) % std::size(actions)]() && done;
+            }
+            return done;
+        }));
+    }
+    for (std::future<bool>& thread : threads) {
+        EXPECT_TRUE(thread.get());
+    }
+    EXPECT_EQ(log_.take(), std::vector<std::string>());
+    EXPECT_TRUE(isEnabled()) << "a failed line would have switched it off";
 }
 
 TEST_F(RealFirewall, OpensThePoliciesBeforeASignalEndsAReload) {
