@@ -86,7 +86,7 @@ WaitingRestore::WaitingRestore(const Restore& restore, const TransactionLocks& l
     hasLines_ = posix::writeWhole(channel_.ours.get(), lines);
 }
 
-bool WaitingRestore::comesToCommit() {
+bool WaitingRestore::comesToCommit() const {
     setSize(channel_.ours.get(), kSmallChannel);
     return hasLines_ && posix::writeWhole(channel_.ours.get(), padding());
 }

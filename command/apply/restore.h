@@ -66,7 +66,7 @@ class WaitingRestore {
     WaitingRestore& operator=(const WaitingRestore&) = delete;
 
     // Waits until the program waits; false when it ended instead.
-    [[nodiscard]] bool comesToCommit();
+    [[nodiscard]] bool comesToCommit() const;
     // Whether it holds the xtables lock.
     [[nodiscard]] bool holdsLock() const { return program_.holdsLock(); }
 
