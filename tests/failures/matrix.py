@@ -177,8 +177,10 @@ def run_all(arguments):
     tools = Tools(arguments.directory, arguments.zamofw)
     prepare_host(tools.zamofw)
     start = State()
-    # What an allocation does not get, it does not get with either variant.
-    causes = arguments.cause or [c for c in CAUSES if c != "memory" or not arguments.legacy]
+    # What an allocation does not get, it does not get with either variant. Which of them there are
+    # depends on the compiler and the libraries.
+    with_memory = not (arguments.legacy or arguments.quick)
+    causes = arguments.cause or [c for c in CAUSES if c != "memory" or with_memory]
     part, parts = (int(word) for word in arguments.part.split("/"))
     results = []
     for index, operation in enumerate(OPERATIONS):
