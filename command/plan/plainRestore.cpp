@@ -171,6 +171,7 @@ class TextTaker : public LineTaker {
 bool addAll(Planner& planner, const std::vector<PlannedAdapter>& adapters) {
     // The lines of no adapter run first, then those of the adapters in ascending order.
     std::vector<const PlannedAdapter*> ordered;
+    ordered.reserve(adapters.size());
     for (const PlannedAdapter& adapter : adapters) {
         ordered.push_back(&adapter);
     }

@@ -84,6 +84,7 @@ std::vector<PlannedAdapter> adaptersOf(const FW::FWPROFILE& profile) {
         };
     }
     std::vector<PlannedAdapter> ordered;
+    ordered.reserve(adapters.size());
     for (auto& entry : adapters) {
         ordered.push_back(std::move(entry.second));
     }
