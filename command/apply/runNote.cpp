@@ -5,12 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <memory>
 
 #include "command/history/privateDirectory.h"
 #include "command/jsonLine.h"
-#include "posix/file.h"
 
 namespace zamofw {
 namespace {
@@ -63,20 +61,7 @@ bool writeRunNote(const std::string& name, const Json::Value& note) {
     const posix::Descriptor directory = openNotes();
     // Two that write at the same time have a file each.
     const std::string temporary = name + "." + std::to_string(getpid());
-    const posix::Descriptor file =
-        directory ? openPrivateFile(directory, temporary, O_WRONLY | O_CREAT | O_TRUNC)
-                  : posix::Descriptor();
-    if (!file) {
-        return false;
-    }
-    if (posix::writeWhole(file.get(), jsonLine(note) + "\n") &&
-        renameat(directory.get(), temporary.c_str(), directory.get(), name.c_str()) == 0) {
-        return true;
-    }
-    const int error = errno;
-    (void)unlinkat(directory.get(), temporary.c_str(), 0);
-    errno = error;
-    return false;
+    return directory && replacePrivateFileVia(directory, temporary, name, jsonLine(note) + "\n");
 }
 
 }  // namespace zamofw

@@ -64,7 +64,14 @@ bool replacePrivateFile(const posix::Descriptor& directory,
                         const std::string& name,
                         std::string_view text,
                         OnDisk onDisk) {
-    const std::string temporary = name + ".tmp";
+    return replacePrivateFileVia(directory, name + ".tmp", name, text, onDisk);
+}
+
+bool replacePrivateFileVia(const posix::Descriptor& directory,
+                           const std::string& temporary,
+                           const std::string& name,
+                           std::string_view text,
+                           OnDisk onDisk) {
     posix::Descriptor file = openPrivateFile(directory, temporary, O_WRONLY | O_CREAT | O_TRUNC);
     if (!file) {
         return false;

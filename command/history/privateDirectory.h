@@ -34,6 +34,13 @@ enum class OnDisk { kLater, kNow };
                                       std::string_view text,
                                       OnDisk onDisk = OnDisk::kLater);
 
+// The same over a temporary file of the caller's choice, for those who may write at the same time.
+[[nodiscard]] bool replacePrivateFileVia(const posix::Descriptor& directory,
+                                         const std::string& temporary,
+                                         const std::string& name,
+                                         std::string_view text,
+                                         OnDisk onDisk = OnDisk::kLater);
+
 // The text of root's own plain file. None, with errno set, when it is not there, cannot be read or
 // is larger than any that we write.
 [[nodiscard]] std::optional<std::string> readPrivateFile(const posix::Descriptor& directory,
