@@ -4,29 +4,9 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <tuple>
 
 namespace fuzz {
 namespace {
-
-auto fieldsOf(const FW::FWRULE& rule) {
-    return std::tie(rule.enable,
-                    rule.adapterDirect,
-                    rule.policy,
-                    rule.blLog,
-                    rule.labelList,
-                    rule.name,
-                    rule.table,
-                    rule.chainList,
-                    rule.ipType,
-                    rule.ipDirect,
-                    rule.ipGroup,
-                    rule.ipList,
-                    rule.portDirect,
-                    rule.portGroup,
-                    rule.protocol,
-                    rule.portList);
-}
 
 std::size_t charactersIn(const std::string& line) {
     std::size_t count = 0;
@@ -86,7 +66,7 @@ void requirePlaces(const zamofw::Findings& findings, const std::string& text) {
 
 void requireSameWords(const FW::FWRULE& rule) {
     if (const auto words = zamofw::wordsOfRule(rule, vocabulary())) {
-        require(fieldsOf(zamofw::ruleFromWords(*words, vocabulary())) == fieldsOf(rule),
+        require(zamofw::isSameRule(zamofw::ruleFromWords(*words, vocabulary()), rule),
                 "the words of a rule make it again");
     }
 }
