@@ -1,14 +1,14 @@
-// Two lists of rules can differ in their verdicts only where a rule holds that is in one of them
-// alone. So each step cuts the region down to those rules, drops what has no part in it, and then
-// splits one dimension. Pieces that are left with the same rules go on as one, and where the lists
-// have become the same, nothing is looked at any more.
+// Each step fixes a group of one dimension, so that only the boxes that hold it are left. Groups
+// that leave the same boxes go on as one, and those where both lists have become the same are done.
+// The last dimension needs no steps: each list's verdicts on it are a row of bits.
 
 #include "command/analysis/comparison.h"
 
 #include <algorithm>
-#include <map>
+#include <boost/functional/hash.hpp>
+#include <iterator>
 #include <string>
-#include <tuple>
+#include <unordered_map>
 #include <utility>
 
 #include "command/console.h"
@@ -17,372 +17,334 @@
 namespace zamofw::analysis {
 namespace {
 
-// A box, and on which dimensions it holds only some of the part that is looked at.
-struct Entry {
-    std::size_t box;
-    unsigned cuts;  // bits by dimension
-};
-bool operator<(const Entry& one, const Entry& other) {
-    return one.box < other.box;
-}
-
-// A list of boxes, and the verdict where none of them holds.
-struct Verdicts {
-    std::vector<Entry> boxes;
-    bool isAllowedAtEnd = true;
-};
-
-// What is left to be compared.
+// The boxes that have a say yet, and the verdicts where none of them holds.
 struct State {
-    Part part;
-    Verdicts before;
-    Verdicts after;
+    BoxMask before;
+    BoxMask after;
+    bool isAllowedBefore = true;
+    bool isAllowedAfter = true;
+    unsigned fixed = 0;  // the dimensions that are, as bits
 };
-bool operator<(const State& one, const State& other) {
-    const auto key = [](const State& state) {
-        return std::tie(state.before.isAllowedAtEnd,
-                        state.after.isAllowedAtEnd,
-                        state.before.boxes,
-                        state.after.boxes,
-                        state.part);
-    };
-    return key(one) < key(other);
+bool operator==(const State& one, const State& other) {
+    return one.before == other.before && one.after == other.after &&
+           one.isAllowedBefore == other.isAllowedBefore &&
+           one.isAllowedAfter == other.isAllowedAfter && one.fixed == other.fixed;
+}
+struct StateHash {
+    std::size_t operator()(const State& state) const {
+        std::size_t hash = state.fixed;
+        boost::hash_combine(hash, state.isAllowedBefore);
+        boost::hash_combine(hash, state.isAllowedAfter);
+        boost::hash_range(hash, state.before.begin(), state.before.end());
+        boost::hash_range(hash, state.after.begin(), state.after.end());
+        return hash;
+    }
+};
+
+// Groups of each dimension. An empty set stands for all of them.
+struct GroupDifference {
+    std::array<Bits, kFreeAxes> part;
+    bool isAllowedAfter = false;
+};
+bool operator==(const GroupDifference& one, const GroupDifference& other) {
+    return one.isAllowedAfter == other.isAllowedAfter && one.part == other.part;
+}
+struct DifferenceHash {
+    std::size_t operator()(const GroupDifference& difference) const {
+        std::size_t hash = 0;
+        boost::hash_combine(hash, difference.isAllowedAfter);
+        for (const Bits& groups : difference.part) {
+            boost::hash_combine(hash, boost::hash_value(groups));
+        }
+        return hash;
+    }
+};
+
+std::size_t lastBitOf(Word word) {
+    return kWordBits - 1 - static_cast<std::size_t>(__builtin_clzll(word));
 }
 
-}  // namespace
+std::size_t bitCount(Word word) {
+    return static_cast<std::size_t>(__builtin_popcountll(word));
+}
 
-class Comparison::Work {
+void keepBelow(std::size_t bit, BoxMask& mask) {
+    for (std::size_t word = bit / kWordBits; word < mask.size(); ++word) {
+        mask[word] &= word == bit / kWordBits ? bitOf(bit) - 1 : 0;
+    }
+}
+
+// Compares the lists of one slice.
+class SliceComparison {
   public:
-    Work(const BoxSpace& space, std::size_t& stepsLeft)
-        : space_(space), stepsLeft_(stepsLeft), twin_(space.boxes().size(), kNone) {
-        const std::vector<std::string> before = textsOf(space.list(0));
-        const std::vector<std::string> after = textsOf(space.list(1));
-        for (const Edit& edit : lineDiff(before, after)) {
-            if (edit.kind == Edit::Kind::kSame) {
-                const std::size_t one = space.list(0).begin + edit.oldIndex;
-                const std::size_t other = space.list(1).begin + edit.newIndex;
-                twin_[one] = other;
-                twin_[other] = one;
+    SliceComparison(const Slice& slice, std::size_t& stepsLeft)
+        : slice_(slice), stepsLeft_(stepsLeft) {
+        for (unsigned fixed = 0; fixed < uncut_.size(); ++fixed) {
+            uncut_[fixed].resize(slice.words(), ~Word{0});
+            for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
+                for (std::size_t word = 0; (fixed >> axis & 1) == 0 && word < slice.words();
+                     ++word) {
+                    uncut_[fixed][word] &= ~slice.cutting(axis)[word];
+                }
             }
         }
     }
 
-    // The differences among the boxes of a mask.
-    [[nodiscard]] std::vector<Difference> compare(const BoxMask& mask) {
-        known_.clear();
-        State state;
-        for (std::size_t i = 0; i < kFreeAxes; ++i) {
-            state.part[i] = space_.axis(kFree[i]).classesIn(0);
-        }
-        state.before.boxes = boxesIn(mask, space_.list(0));
-        state.after.boxes = boxesIn(mask, space_.list(1));
-        trim(state.part, state.before);
-        trim(state.part, state.after);
-        std::vector<Difference> found;
-        if (settle(state)) {
-            compare(state, found);
+    [[nodiscard]] std::vector<GroupDifference> compare() {
+        State whole = {slice_.before(), slice_.after(), true, true, 0};
+        std::vector<GroupDifference> found;
+        if (settle(whole)) {
+            append(whole, found);
         }
         return found;
     }
 
   private:
-    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    // A state, and the groups of a dimension that leave it.
+    struct Piece {
+        const State* state;
+        Bits groups;
+    };
 
-    [[nodiscard]] std::vector<Entry> boxesIn(const BoxMask& mask,
-                                             const BoxSpace::List& list) const {
-        std::vector<Entry> boxes;
-        for (std::size_t box = list.begin; box < list.end; ++box) {
-            if ((mask[box / kWordBits] >> box % kWordBits & 1) != 0) {
-                unsigned cuts = 0;
-                for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
-                    cuts |= space_.boxes()[box].sets[kFree[axis]] != 0 ? 1U << axis : 0U;
-                }
-                boxes.push_back({box, cuts});
-            }
-        }
-        return boxes;
-    }
-
-    [[nodiscard]] std::vector<std::string> textsOf(const BoxSpace::List& list) const {
-        std::vector<std::string> texts;
-        for (std::size_t i = list.begin; i < list.end; ++i) {
-            const Box& box = space_.boxes()[i];
-            std::string text = box.isAllowed ? "+" : "-";
-            for (const std::uint32_t set : box.sets) {
-                text += std::to_string(set) + ' ';
-            }
-            texts.push_back(std::move(text));
-        }
-        return texts;
-    }
-
-    [[nodiscard]] const Bits& classesOf(std::size_t box, std::size_t axis) const {
-        return space_.axis(kFree[axis]).classesIn(space_.boxes()[box].sets[kFree[axis]]);
-    }
-    // Appends a box that holds some of the part. False when it holds all of it, so that nothing
-    // comes after it.
-    bool keep(const Entry& entry, Verdicts& verdicts) const {
-        if (entry.cuts == 0) {
-            verdicts.isAllowedAtEnd = space_.boxes()[entry.box].isAllowed;
-            return false;
-        }
-        verdicts.boxes.push_back(entry);
-        return true;
-    }
-
-    // Drops the boxes at the end that say what the end says.
-    void dropTail(Verdicts& verdicts) const {
-        while (!verdicts.boxes.empty() &&
-               space_.boxes()[verdicts.boxes.back().box].isAllowed == verdicts.isAllowedAtEnd) {
-            verdicts.boxes.pop_back();
-        }
-    }
-
-    // Keeps the boxes that have a share in the part.
-    void trim(const Part& part, Verdicts& verdicts) const {
-        const std::vector<Entry> all = std::move(verdicts.boxes);
-        verdicts.boxes.clear();
-        for (Entry entry : all) {
-            bool isApart = false;
-            for (std::size_t axis = 0; axis < kFreeAxes && !isApart; ++axis) {
-                if ((entry.cuts >> axis & 1) != 0) {
-                    const Bits& classes = classesOf(entry.box, axis);
-                    isApart = !part[axis].intersects(classes);
-                    if (!isApart && part[axis].is_subset_of(classes)) {
-                        entry.cuts &= ~(1U << axis);
-                    }
-                }
-            }
-            if (!isApart && !keep(entry, verdicts)) {
+    // Drops the boxes that have no say: those after one that holds everything that is left, and
+    // those at the end that say what the end says.
+    void settle(BoxMask& mask, bool& isAllowedAtEnd, const BoxMask& uncut) const {
+        for (std::size_t word = 0; word < mask.size(); ++word) {
+            if (const Word whole = mask[word] & uncut[word]; whole != 0) {
+                const std::size_t box = word * kWordBits + firstBitOf(whole);
+                isAllowedAtEnd = (slice_.allowing()[word] & bitOf(box)) != 0;
+                keepBelow(box, mask);
                 break;
             }
         }
-        dropTail(verdicts);
-    }
-
-    // The list where a group of classes of the axis is all there is: each box holds all of them, or
-    // none.
-    [[nodiscard]] Verdicts within(const Verdicts& verdicts,
-                                  std::size_t axis,
-                                  const Bits& group) const {
-        const Word* const here = space_.axis(kFree[axis]).boxesAt(group.find_first());
-        Verdicts kept = {{}, verdicts.isAllowedAtEnd};
-        for (Entry entry : verdicts.boxes) {
-            if ((entry.cuts >> axis & 1) != 0) {
-                if ((here[entry.box / kWordBits] & bitOf(entry.box)) == 0) {
-                    continue;
-                }
-                entry.cuts &= ~(1U << axis);
-            }
-            if (!keep(entry, kept)) {
-                break;
+        for (std::size_t word = mask.size(); word-- > 0;) {
+            const Word allowing = slice_.allowing()[word];
+            if (const Word other = mask[word] & (isAllowedAtEnd ? ~allowing : allowing);
+                other != 0) {
+                keepBelow(word * kWordBits + lastBitOf(other) + 1, mask);
+                return;
             }
         }
-        dropTail(kept);
-        return kept;
+        std::fill(mask.begin(), mask.end(), 0);
     }
 
-    // The boxes that only one of the lists has. Twins come in the same order in both.
-    [[nodiscard]] std::vector<std::size_t> changedBoxes(const State& state) const {
-        std::vector<std::size_t> changed;
-        const auto collect = [&](const Verdicts& own, const Verdicts& others) {
-            auto other = others.boxes.begin();
-            for (const Entry& entry : own.boxes) {
-                const std::size_t twin = twin_[entry.box];
-                while (twin != kNone && other != others.boxes.end() && other->box < twin) {
-                    ++other;
-                }
-                if (twin == kNone || other == others.boxes.end() || other->box != twin) {
-                    changed.push_back(entry.box);
-                }
-            }
-        };
-        collect(state.before, state.after);
-        collect(state.after, state.before);
-        return changed;
-    }
-
-    // Cuts the part down to those boxes. False when nothing is cut off.
-    bool cutDown(Part& part, const std::vector<std::size_t>& changed) const {
-        bool isCut = false;
-        for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
-            if (part[axis].empty()) {
-                continue;  // no box cuts it
-            }
-            Bits hull(part[axis].size());
-            for (const std::size_t box : changed) {
-                hull |= classesOf(box, axis);
-            }
-            if (!part[axis].is_subset_of(hull)) {
-                isCut = true;
-                part[axis] &= hull;
-            }
-        }
-        return isCut;
-    }
-
-    // Makes the state as small as can be without a split. False when nothing differs.
+    // False when nothing differs.
     bool settle(State& state) const {
-        while (state.before.isAllowedAtEnd == state.after.isAllowedAtEnd) {
-            const std::vector<std::size_t> changed = changedBoxes(state);
-            if (changed.empty()) {
-                return false;
-            }
-            if (!cutDown(state.part, changed)) {
-                return true;
-            }
-            trim(state.part, state.before);
-            trim(state.part, state.after);
-        }
-        return true;
+        const BoxMask& uncut = uncut_[state.fixed];
+        settle(state.before, state.isAllowedBefore, uncut);
+        settle(state.after, state.isAllowedAfter, uncut);
+        return state.isAllowedBefore != state.isAllowedAfter || state.before != state.after;
     }
 
-    // The sets of boxes that cut an axis.
-    [[nodiscard]] std::vector<std::uint32_t> setsOn(std::size_t axis, const State& state) const {
-        std::vector<std::uint32_t> sets;
-        for (const Verdicts* const list : {&state.before, &state.after}) {
-            for (const Entry& entry : list->boxes) {
-                if ((entry.cuts >> axis & 1) != 0) {
-                    sets.push_back(space_.boxes()[entry.box].sets[kFree[axis]]);
-                }
+    // How many boxes of the state cut a dimension that is not fixed.
+    [[nodiscard]] std::size_t cutsOn(std::size_t axis, const State& state) const {
+        std::size_t count = 0;
+        if ((state.fixed >> axis & 1) == 0) {
+            const BoxMask& cutting = slice_.cutting(axis);
+            for (std::size_t word = 0; word < cutting.size(); ++word) {
+                count += bitCount((state.before[word] | state.after[word]) & cutting[word]);
             }
         }
-        std::sort(sets.begin(), sets.end());
-        sets.erase(std::unique(sets.begin(), sets.end()), sets.end());
-        return sets;
+        return count;
     }
 
-    // The classes of the part on an axis, by the sets that they are in.
-    [[nodiscard]] std::vector<Bits> groupsOn(std::size_t axis,
-                                             const std::vector<std::uint32_t>& sets,
-                                             const Bits& part) const {
-        std::vector<std::size_t> groupOf(part.size());
-        std::size_t count = 1;
-        for (const std::uint32_t set : sets) {
-            std::vector<std::size_t> moved(count, kNone);
-            const Bits inside = part & space_.axis(kFree[axis]).classesIn(set);
-            for (auto i = inside.find_first(); i != Bits::npos; i = inside.find_next(i)) {
-                std::size_t& target = moved[groupOf[i]];
-                if (target == kNone) {
-                    target = count++;
-                }
-                groupOf[i] = target;
-            }
-        }
-        std::vector<Bits> groups(count);
-        for (auto i = part.find_first(); i != Bits::npos; i = part.find_next(i)) {
-            Bits& group = groups[groupOf[i]];
-            group.resize(part.size());
-            group.set(i);
-        }
-        groups.erase(
-            std::remove_if(
-                groups.begin(), groups.end(), [](const Bits& group) { return group.empty(); }),
-            groups.end());
-        return groups;
-    }
-
-    // The dimensions that a box of the state cuts, as bits.
-    [[nodiscard]] static unsigned cutsOf(const State& state) {
-        unsigned cuts = 0;
-        for (const Verdicts* const list : {&state.before, &state.after}) {
-            for (const Entry& entry : list->boxes) {
-                cuts |= entry.cuts;
-            }
-        }
-        return cuts;
-    }
-
-    // Appends the differences of a settled state. Dimensions that no box cuts have no say in them,
-    // so that many states share what is found in the others.
-    void compare(const State& state, std::vector<Difference>& found) {
-        if (state.before.boxes.empty() && state.after.boxes.empty()) {
-            found.push_back({state.part, state.after.isAllowedAtEnd});
-            return;
-        }
-        const unsigned cuts = cutsOf(state);
-        State cutState = state;
+    // The dimensions that boxes of the state cut; the one that most of them cut comes first.
+    [[nodiscard]] std::vector<std::size_t> cutAxes(const State& state) const {
+        std::array<std::size_t, kFreeAxes> cuts = {};
+        std::vector<std::size_t> axes;
         for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
-            if ((cuts >> axis & 1) == 0) {
-                cutState.part[axis].clear();
+            cuts[axis] = cutsOn(axis, state);
+            if (cuts[axis] != 0) {
+                axes.push_back(axis);
             }
         }
-        const auto [known, isNew] = known_.try_emplace(std::move(cutState));
-        if (isNew) {
-            known->second = split(known->first);
+        std::stable_sort(axes.begin(), axes.end(), [&](std::size_t one, std::size_t other) {
+            return cuts[one] > cuts[other];
+        });
+        return axes;
+    }
+
+    // Appends the differences of a settled state. The dimension that most boxes cut is split first:
+    // what is left is small then, and the same for many pieces.
+    void append(const State& state, std::vector<GroupDifference>& found) {
+        const std::vector<std::size_t> axes = cutAxes(state);
+        if (axes.empty()) {
+            found.emplace_back();
+            found.back().isAllowedAfter = state.isAllowedAfter;
+        } else if (axes.size() == 1) {
+            appendOn(axes.front(), state, found);
+        } else {
+            const auto [known, isNew] = known_.try_emplace(state);
+            std::vector<GroupDifference>& differences = known->second;
+            if (isNew) {
+                split(state, axes.front(), differences);
+            }
+            found.insert(found.end(), differences.begin(), differences.end());
         }
-        for (const Difference& difference : known->second) {
-            found.push_back(difference);
-            for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
-                if ((cuts >> axis & 1) == 0) {
-                    found.back().part[axis] = state.part[axis];
+    }
+
+    // The groups of the only dimension that is cut which a list allows.
+    [[nodiscard]] Bits allowedOn(std::size_t axis, const BoxMask& list, bool isAllowedAtEnd) const {
+        Bits allowed(slice_.groupCount(axis));
+        if (isAllowedAtEnd) {
+            allowed.set();
+        }
+        for (std::size_t word = list.size(); word-- > 0;) {
+            for (Word left = list[word]; left != 0;) {
+                const std::size_t box = word * kWordBits + lastBitOf(left);
+                left &= ~bitOf(box);
+                if ((slice_.allowing()[word] & bitOf(box)) != 0) {
+                    allowed |= slice_.groupsOf(axis, box);
+                } else {
+                    allowed -= slice_.groupsOf(axis, box);
                 }
+            }
+        }
+        return allowed;
+    }
+
+    void appendOn(std::size_t axis, const State& state, std::vector<GroupDifference>& found) const {
+        const Bits before = allowedOn(axis, state.before, state.isAllowedBefore);
+        const Bits after = allowedOn(axis, state.after, state.isAllowedAfter);
+        for (const bool isAllowedAfter : {true, false}) {
+            Bits groups = isAllowedAfter ? after - before : before - after;
+            if (groups.any()) {
+                found.emplace_back();
+                found.back().part[axis] = std::move(groups);
+                found.back().isAllowedAfter = isAllowedAfter;
             }
         }
     }
 
-    // Splits the dimension with the most sets: what is left is small then, and the same for many
-    // pieces.
-    [[nodiscard]] std::vector<Difference> split(const State& state) {
+    // The groups that some box which cuts the dimension holds. All others leave the same boxes.
+    [[nodiscard]] Bits touchedOn(std::size_t axis, const State& state) const {
+        Bits touched(slice_.groupCount(axis));
+        const BoxMask& cutting = slice_.cutting(axis);
+        for (std::size_t word = 0; word < cutting.size(); ++word) {
+            Word left = (state.before[word] | state.after[word]) & cutting[word];
+            for (; left != 0; left &= left - 1) {
+                touched |= slice_.groupsOf(axis, word * kWordBits + firstBitOf(left));
+            }
+        }
+        return touched;
+    }
+
+    // What is left of a state where a group is fixed.
+    void narrow(const State& state, std::size_t axis, std::size_t group, State& narrowed) const {
+        const Word* const boxes = slice_.boxesAt(axis, group);
+        narrowed = state;
+        for (std::size_t word = 0; word < slice_.words(); ++word) {
+            narrowed.before[word] &= boxes[word];
+            narrowed.after[word] &= boxes[word];
+        }
+        narrowed.fixed |= 1U << axis;
+    }
+
+    void split(const State& state, std::size_t axis, std::vector<GroupDifference>& found) {
         if (stepsLeft_-- == 0) {
             failed("they are too many to be listed at once",
                    "`zamofw diff --meaning` takes its time, and lists them all");
         }
-        std::size_t axis = 0;
-        std::vector<std::uint32_t> most;
-        for (std::size_t i = 0; i < kFreeAxes; ++i) {
-            std::vector<std::uint32_t> sets = setsOn(i, state);
-            if (sets.size() > most.size()) {
-                most = std::move(sets);
-                axis = i;
-            }
-        }
-        std::map<State, Bits> pieces;
-        for (const Bits& group : groupsOn(axis, most, state.part[axis])) {
-            State piece = {
-                state.part, within(state.before, axis, group), within(state.after, axis, group)};
-            piece.part[axis] = group;
+        const Bits touched = touchedOn(axis, state);
+        std::vector<Piece> pieces;
+        std::unordered_map<State, std::size_t, StateHash> indexOf;
+        State piece;
+        const auto add = [&](std::size_t group, const Bits& groups) {
+            narrow(state, axis, group, piece);
             if (settle(piece)) {
-                const Bits share = std::exchange(piece.part[axis], Bits());
-                pieces.try_emplace(std::move(piece), Bits(group.size())).first->second |= share;
-            }
-        }
-        // Pieces with the same differences in the other dimensions are one.
-        std::vector<Difference> found;
-        std::map<std::pair<Part, bool>, std::size_t> indexOf;
-        for (const auto& [piece, classes] : pieces) {
-            State whole = piece;
-            whole.part[axis] = classes;
-            std::vector<Difference> parts;
-            compare(whole, parts);
-            for (Difference& difference : parts) {
-                Bits share = std::exchange(difference.part[axis], Bits());
-                std::pair<Part, bool> key(difference.part, difference.isAllowedAfter);
-                const auto [entry, isNew] = indexOf.try_emplace(std::move(key), found.size());
+                const auto [entry, isNew] = indexOf.try_emplace(piece, pieces.size());
                 if (isNew) {
-                    difference.part[axis] = std::move(share);
-                    found.push_back(std::move(difference));
+                    pieces.push_back({&entry->first, groups});
                 } else {
-                    found[entry->second].part[axis] |= share;
+                    pieces[entry->second].groups |= groups;
+                }
+            }
+        };
+        if (const Bits others = ~touched; others.any()) {
+            add(others.find_first(), others);
+        }
+        Bits one(touched.size());
+        for (auto i = touched.find_first(); i != Bits::npos; i = touched.find_next(i)) {
+            add(i, one.set(i));
+            one.reset(i);
+        }
+        join(pieces, axis, found);
+    }
+
+    // Pieces with the same differences in the other dimensions are one.
+    void join(const std::vector<Piece>& pieces,
+              std::size_t axis,
+              std::vector<GroupDifference>& found) {
+        std::vector<std::pair<GroupDifference, Bits>> shares;
+        std::unordered_map<GroupDifference, std::size_t, DifferenceHash> indexOf;
+        for (const auto& [piece, groups] : pieces) {
+            std::vector<GroupDifference> parts;
+            append(*piece, parts);
+            for (GroupDifference& part : parts) {
+                const auto [entry, isNew] = indexOf.try_emplace(part, shares.size());
+                if (isNew) {
+                    shares.emplace_back(std::move(part), groups);
+                } else {
+                    shares[entry->second].second |= groups;
                 }
             }
         }
-        return found;
+        for (auto& [difference, groups] : shares) {
+            difference.part[axis] = std::move(groups);
+            found.push_back(std::move(difference));
+        }
     }
 
-    const BoxSpace& space_;
+    const Slice& slice_;
     std::size_t& stepsLeft_;
-    std::vector<std::size_t> twin_;  // of a box that both lists have: the other's
-    std::map<State, std::vector<Difference>> known_;
+    std::array<BoxMask, 1U << kFreeAxes> uncut_;  // by fixed dimensions: who holds all others
+    std::unordered_map<State, std::vector<GroupDifference>, StateHash> known_;
 };
 
-Comparison::Comparison(const BoxSpace& space, std::size_t& stepsLeft)
-    : work_(std::make_unique<Work>(space, stepsLeft)) {}
+std::vector<std::string> textsOf(const BoxSpace& space, const BoxSpace::List& list) {
+    std::vector<std::string> texts;
+    texts.reserve(list.end - list.begin);
+    for (std::size_t i = list.begin; i < list.end; ++i) {
+        const Box& box = space.boxes()[i];
+        std::string text = box.isAllowed ? "+" : "-";
+        for (const std::uint32_t set : box.sets) {
+            text += std::to_string(set) + ' ';
+        }
+        texts.push_back(std::move(text));
+    }
+    return texts;
+}
 
-Comparison::~Comparison() = default;
+}  // namespace
+
+Comparison::Comparison(const BoxSpace& space, std::size_t& stepsLeft)
+    : space_(space), stepsLeft_(stepsLeft) {
+    for (const Edit& edit :
+         lineDiff(textsOf(space, space.list(0)), textsOf(space, space.list(1)))) {
+        const bool isAdded = edit.kind == Edit::Kind::kAdded;
+        boxes_.push_back(
+            {isAdded ? space.list(1).begin + edit.newIndex : space.list(0).begin + edit.oldIndex,
+             !isAdded,
+             edit.kind != Edit::Kind::kRemoved});
+    }
+}
 
 std::vector<Difference> Comparison::compare(const BoxMask& mask) {
-    return work_->compare(mask);
+    std::vector<ListedBox> boxes;
+    std::copy_if(
+        boxes_.begin(), boxes_.end(), std::back_inserter(boxes), [&](const ListedBox& listed) {
+            return (mask[listed.box / kWordBits] & bitOf(listed.box)) != 0;
+        });
+    const Slice slice(space_, boxes);
+    std::vector<Difference> found;
+    for (const GroupDifference& difference : SliceComparison(slice, stepsLeft_).compare()) {
+        found.emplace_back();
+        found.back().isAllowedAfter = difference.isAllowedAfter;
+        for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
+            found.back().part[axis] = slice.classesOf(axis, difference.part[axis]);
+        }
+    }
+    return found;
 }
 
 }  // namespace zamofw::analysis

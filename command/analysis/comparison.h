@@ -4,22 +4,16 @@
 
 #include <array>
 #include <cstddef>
-#include <memory>
 #include <vector>
 
 #include "command/analysis/boxSpace.h"
+#include "command/analysis/slice.h"
 
 namespace zamofw::analysis {
 
-// The dimensions that are looked at. A mask leaves the boxes of one choice in the others.
-constexpr std::size_t kFreeAxes = 4;
-constexpr std::array<Axis, kFreeAxes> kFree = {kSource, kDestination, kSourcePort, kPort};
-
-// Classes of the dimensions that are not fixed.
-using Part = std::array<Bits, kFreeAxes>;
-
+// Classes of the dimensions that are not fixed, in the order of kFree.
 struct Difference {
-    Part part;
+    std::array<Bits, kFreeAxes> part;
     bool isAllowedAfter;
 };
 
@@ -27,14 +21,14 @@ class Comparison {
   public:
     // Compares the two lists of a space. A step less is left for each split.
     Comparison(const BoxSpace& space, std::size_t& stepsLeft);
-    ~Comparison();
 
     // The differences among the boxes of a mask. Throws Failure when no step is left.
     [[nodiscard]] std::vector<Difference> compare(const BoxMask& mask);
 
   private:
-    class Work;
-    std::unique_ptr<Work> work_;
+    const BoxSpace& space_;
+    std::size_t& stepsLeft_;
+    std::vector<ListedBox> boxes_;  // of both lists, each list in its order
 };
 
 }  // namespace zamofw::analysis

@@ -28,12 +28,15 @@ class FamilyDifference {
             keepAt(kIn, in, mask);
             keepAt(kOut, out, mask);
             keepAt(kProtocol, protocol.number, mask);
-            const auto [known, isNew] = differences_.try_emplace(mask);
+            const auto [known, isNew] = changes_.try_emplace(mask);
             if (isNew) {
-                known->second = comparison_.compare(mask);
+                for (const Difference& difference : comparison_.compare(mask)) {
+                    known->second.push_back(changeOf(difference));
+                }
             }
-            for (const Difference& difference : known->second) {
-                changes.push_back(changeOf(difference, in, out, protocol));
+            for (const Change& change : known->second) {
+                changes.push_back(change);
+                place(in, out, protocol, changes.back());
             }
         }
     }
@@ -51,30 +54,18 @@ class FamilyDifference {
         return classes.all() ? std::nullopt : std::optional(space_.axis(axis).numbersIn(classes));
     }
 
-    [[nodiscard]] Change changeOf(const Difference& difference,
-                                  std::size_t in,
-                                  std::size_t out,
-                                  const NamedProtocol& protocol) const {
+    // Packets that go any way and have any protocol.
+    [[nodiscard]] Change changeOf(const Difference& difference) const {
         Change change;
         change.isAllowedAfter = difference.isAllowedAfter;
-        change.in = space_.interfaces().in[in];
-        change.hook = out == 0 ? Hook::kInput : Hook::kForward;
-        change.out = out == 0 ? "" : space_.interfaces().out[out - 1];
         change.family = space_.family();
-        change.protocol = protocol.name;
         const auto& [sources, destinations, sourcePorts, ports] = difference.part;
         change.sources = space_.axis(kSource).numbersIn(sources);
         change.destinations = numbersUnlessAll(destinations, kDestination);
-        if (hasPorts(protocol.number)) {
-            change.sourcePorts = numbersUnlessAll(sourcePorts, kSourcePort);
-            change.ports = space_.axis(kPort).numbersIn(ports);
-        }
+        change.sourcePorts = numbersUnlessAll(sourcePorts, kSourcePort);
+        change.ports = space_.axis(kPort).numbersIn(ports);
         Packet& witness = change.witness;
         witness.family = change.family;
-        witness.hook = change.hook;
-        witness.in = change.in;
-        witness.out = change.out;
-        witness.protocol = protocol.number;
         witness.source = space_.axis(kSource).numberIn(sources.find_first());
         witness.destination = space_.axis(kDestination).numberIn(destinations.find_first());
         witness.sourcePort = space_.axis(kSourcePort).numberIn(sourcePorts.find_first());
@@ -82,10 +73,28 @@ class FamilyDifference {
         return change;
     }
 
+    void place(std::size_t in,
+               std::size_t out,
+               const NamedProtocol& protocol,
+               Change& change) const {
+        change.in = space_.interfaces().in[in];
+        change.hook = out == 0 ? Hook::kInput : Hook::kForward;
+        change.out = out == 0 ? "" : space_.interfaces().out[out - 1];
+        change.protocol = protocol.name;
+        change.witness.hook = change.hook;
+        change.witness.in = change.in;
+        change.witness.out = change.out;
+        change.witness.protocol = protocol.number;
+        if (!hasPorts(protocol.number)) {
+            change.sourcePorts.reset();
+            change.ports.reset();
+        }
+    }
+
     BoxSpace space_;
     Comparison comparison_;
     std::vector<NamedProtocol> protocols_;
-    std::map<BoxMask, std::vector<Difference>> differences_;
+    std::map<BoxMask, std::vector<Change>> changes_;
 };
 
 }  // namespace

@@ -127,6 +127,19 @@ Json::Value toJson(const std::vector<Change>& changes) {
     return json;
 }
 
+// One after the other: a document of all of them would take more memory than the comparison.
+void writeJson(const std::vector<Change>& changes, std::ostream& out) {
+    JsonLineWriter writer;
+    out << "{\"changes\":[";
+    const char* separator = "";
+    for (const Change& change : changes) {
+        out << separator;
+        writer.write(toJson(change), out);
+        separator = ",";
+    }
+    out << "]}\n";
+}
+
 std::string toText(const std::vector<Change>& changes, std::size_t most) {
     const std::vector<ChangeLine> lines = linesOf(changes);
     std::string text;
@@ -181,9 +194,7 @@ Status meaningAnswer(const Console& console, const DiffRequest& request) {
     const std::vector<Change> changes =
         changesInMeaning(profileOf(targets[0]), profileOf(targets[1]), analysis::kAllSteps);
     if (console.json) {
-        Json::Value json;
-        json["changes"] = toJson(changes);
-        console.out << jsonLine(json) << "\n";
+        writeJson(changes, console.out);
     } else {
         console.out << toText(changes, std::numeric_limits<std::size_t>::max());
     }
