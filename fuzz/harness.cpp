@@ -5,6 +5,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "zamofirewall/zamofirewall.h"
+
 namespace fuzz {
 namespace {
 
@@ -14,6 +16,15 @@ std::size_t charactersIn(const std::string& line) {
         count += (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U ? 1 : 0;
     }
     return count;
+}
+
+// As it is stored.
+std::string textOf(const FW::FWRULE& rule) {
+    FW::FWPROFILE profile;
+    profile.rules["eth0"] = {rule};
+    Json::Value json;
+    FW::ZAMOFW_JSON_DB().profileToJson(profile, json);
+    return json.toStyledString();
 }
 
 }  // namespace
@@ -66,7 +77,7 @@ void requirePlaces(const zamofw::Findings& findings, const std::string& text) {
 
 void requireSameWords(const FW::FWRULE& rule) {
     if (const auto words = zamofw::wordsOfRule(rule, vocabulary())) {
-        require(zamofw::isSameRule(zamofw::ruleFromWords(*words, vocabulary()), rule),
+        require(textOf(zamofw::ruleFromWords(*words, vocabulary())) == textOf(rule),
                 "the words of a rule make it again");
     }
 }
