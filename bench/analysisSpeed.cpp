@@ -1,6 +1,4 @@
-// What a profile does to packets: idle rules, matrix and difference by the number of rules.
-
-#include <benchmark/benchmark.h>
+// `zamofw check`, `matrix` and `diff --meaning` by the number of rules.
 
 #include <algorithm>
 #include <map>
@@ -8,14 +6,13 @@
 
 #include "bench/firewall.h"
 #include "bench/measure.h"
-#include "command/analysis/difference.h"
-#include "command/analysis/idleRules.h"
-#include "command/analysis/matrix.h"
-#include "command/answers/meaning.h"
+#include "zamofirewall/zamofirewall.h"
 
 namespace {
 
-constexpr int kSizes[] = {1000, 2000, 4000};
+constexpr int kSizes[] = {500, 1000, 2000, 4000};
+constexpr int kRounds = 7;
+constexpr double kDoubled = 2.5;
 
 using Random = std::mt19937;
 
@@ -91,80 +88,84 @@ FW::FWPROFILE edited(FW::FWPROFILE profile) {
     return profile;
 }
 
-struct Models {
-    zamofw::analysis::ModelReader reader{zamofw::countryRanges()};
-    std::unique_ptr<const zamofw::Meaning> before, after, other;
+std::string pathOf(const std::string& name, int rules) {
+    return "/tmp/" + name + std::to_string(rules) + ".json";
+}
+
+void write(const FW::FWPROFILE& profile, const std::string& path) {
+    Json::Value document;
+    FW::ZAMOFW_JSON_DB().profileToJson(profile, document);
+    bench::require(FW::jsonFileDump(document, path), "storing a profile");
+}
+
+// What the commands answer, with their exit statuses: a difference is no failure.
+struct Work {
+    std::string name;
+    std::vector<std::string> words;
+    int status;
 };
-std::map<int, Models> modelsOf;
 
-void findIdleRules(benchmark::State& state, int rules) {
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(zamofw::analysis::idleRules(modelsOf[rules].before->model));
-    }
+std::vector<Work> worksWith(int rules) {
+    const std::string before = pathOf("before", rules);
+    return {{"check", {"check", before}, 0},
+            {"matrix", {"matrix", before}, 0},
+            {"diff --meaning", {"diff", "--meaning", before, pathOf("after", rules)}, 1}};
 }
 
-void makeMatrix(benchmark::State& state, int rules) {
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(zamofw::analysis::matrix(modelsOf[rules].before->model, {}));
-    }
+const Work kUnrelated = {
+    "unrelated", {"diff", "--meaning", pathOf("before", 1000), pathOf("other", 1000)}, 1};
+
+double processorTime(const Work& work) {
+    std::vector<std::string> command = {COMMAND};
+    command.insert(command.end(), work.words.begin(), work.words.end());
+    return bench::costOf([&] {
+               bench::require(bench::startPlainly(command, /*read=*/true, work.status), work.name);
+           })
+        .processor;
 }
 
-void compareEdited(benchmark::State& state, int rules) {
-    const Models& models = modelsOf[rules];
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            zamofw::analysis::difference(models.before->model, models.after->model));
+using Times = std::map<std::string, std::map<int, bench::Samples>>;
+
+Times measure() {
+    Times times;
+    for (int round = 0; round < kRounds; ++round) {
+        for (const int rules : kSizes) {
+            for (const Work& work : worksWith(rules)) {
+                times[work.name][rules].push_back(processorTime(work));
+            }
+        }
+        times[kUnrelated.name][1000].push_back(processorTime(kUnrelated));
     }
+    return times;
 }
 
-void compareUnrelated(benchmark::State& state, int rules) {
-    const Models& models = modelsOf[rules];
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            zamofw::analysis::difference(models.before->model, models.other->model));
+void printRows(const std::string& name, const std::map<int, bench::Samples>& times) {
+    const auto claim = [&name](int rules) {
+        return "zamofw " + name + ", " + std::to_string(rules) + " rules";
+    };
+    bench::printRow(claim(1000), times.at(1000), "a second", {1000}, 1);
+    for (const int rules : {1000, 2000, 4000}) {
+        bench::printRow(
+            claim(rules), times.at(rules), "half of them", times.at(rules / 2), kDoubled);
     }
-}
-
-const std::map<std::string, void (*)(benchmark::State&, int)> kWork = {
-    {"idle rules", findIdleRules},
-    {"matrix", makeMatrix},
-    {"difference of an edit", compareEdited}};
-
-void add(const std::string& name, void (*work)(benchmark::State&, int), int rules) {
-    benchmark::RegisterBenchmark((name + std::to_string(rules)).c_str(), work, rules)
-        ->UseRealTime()
-        ->Iterations(1)
-        ->Repetitions(7);
 }
 
 }  // namespace
 
 int main() {
+    bench::store({bench::profileWith(1)});
     for (const int rules : kSizes) {
-        Models& models = modelsOf[rules];
         const FW::FWPROFILE profile = mixedProfile(rules, 1);
-        models.before = zamofw::meaningOf(profile, "before", models.reader);
-        models.after = zamofw::meaningOf(edited(profile), "after", models.reader);
-        models.other = zamofw::meaningOf(mixedProfile(rules, 2), "other", models.reader);
-        for (const auto& [name, work] : kWork) {
-            add(name, work, rules);
-        }
+        write(profile, pathOf("before", rules));
+        write(edited(profile), pathOf("after", rules));
+        write(mixedProfile(rules, 2), pathOf("other", rules));
     }
-    add("unrelated", compareUnrelated, kSizes[0]);
-    auto times = bench::runBenchmarks();
-    const auto printDoubled = [&times](const std::string& name, int rules) {
-        bench::printRow(name + " of " + std::to_string(rules) + " rules",
-                        times[name + std::to_string(rules)],
-                        "half of them",
-                        times[name + std::to_string(rules / 2)],
-                        2.5);
-    };
-    for (const auto& [name, work] : kWork) {
-        printDoubled(name, 2000);
-        printDoubled(name, 4000);
+    Times times = measure();
+    for (const Work& work : worksWith(kSizes[0])) {
+        printRows(work.name, times[work.name]);
     }
-    bench::printRow("difference of unrelated profiles of 1000 rules",
-                    times["unrelated1000"],
-                    "of an edit",
-                    times["difference of an edit1000"]);
+    bench::printRow("zamofw diff --meaning, unrelated profiles of 1000 rules",
+                    times[kUnrelated.name][1000],
+                    "an edit",
+                    times["diff --meaning"][1000]);
 }

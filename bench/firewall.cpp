@@ -63,7 +63,7 @@ void reload() {
     require(FW::ZAMOFW().fwReload(true), "the reload");
 }
 
-bool startPlainly(const std::vector<std::string>& arguments, bool read) {
+bool startPlainly(const std::vector<std::string>& arguments, bool read, int expected) {
     std::vector<char*> argv;
     argv.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) {
@@ -89,7 +89,8 @@ bool startPlainly(const std::vector<std::string>& arguments, bool read) {
         error = posix_spawn(&child, argv[0], nullptr, nullptr, argv.data(), environ);
     }
     int status = 0;
-    return error == 0 && waitpid(child, &status, 0) == child && status == 0;
+    return error == 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) &&
+           WEXITSTATUS(status) == expected;
 }
 
 }  // namespace bench

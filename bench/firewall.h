@@ -21,8 +21,8 @@ void store(const std::vector<FW::FWPROFILE>& profiles);
 void reload();
 
 // posix_spawn and waitpid, nothing else; a program whose output is read gets a pipe. False when it
-// cannot be started or does not exit with 0.
-bool startPlainly(const std::vector<std::string>& arguments, bool read);
+// cannot be started or exits with another status.
+bool startPlainly(const std::vector<std::string>& arguments, bool read, int expected = 0);
 
 // The platform's own function, for a program that replaces it by one of the same name.
 template <typename Function>
