@@ -44,9 +44,9 @@ void compare(int rules, int rounds) {
         wall[side].push_back(cost.wall);
         processor[side].push_back(cost.processor);
     }
-    const std::string claim = "reload of " + std::to_string(rules) + " rules, ";
-    bench::printRow(claim + "processor", processor[0], "bare restores", processor[1], kLimit);
-    bench::printRow(claim + "wall", wall[0], "bare restores", wall[1], kLimit);
+    const std::string claim = "zamofw reload, " + std::to_string(rules) + " rules, ";
+    bench::printRow(claim + "processor time", processor[0], "bare restores", processor[1], kLimit);
+    bench::printRow(claim + "wall time", wall[0], "bare restores", wall[1], kLimit);
 }
 
 }  // namespace

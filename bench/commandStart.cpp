@@ -59,11 +59,11 @@ void add(const char* name, std::size_t size, bool (*command)(), int iterations) 
 int main() {
     add("small", kSmall, start, 200);
     add("large", kLarge, start, 200);
-    add("smallFork", kSmall, startByFork, 20);
-    add("largeFork", kLarge, startByFork, 20);
+    add("smallFork", kSmall, startByFork, 4);
+    add("largeFork", kLarge, startByFork, 4);
     auto times = bench::runBenchmarks();
     bench::printRow(
-        "command start, 2 GiB heap", times["large"], "10 MiB heap", times["small"], 1.1);
+        "start with a heap of 2 GiB", times["large"], "one of 10 MiB", times["small"], 1.1);
     bench::printRow(
-        "(plain fork, 2 GiB heap)", times["largeFork"], "10 MiB heap", times["smallFork"]);
+        "plain fork with a heap of 2 GiB", times["largeFork"], "one of 10 MiB", times["smallFork"]);
 }

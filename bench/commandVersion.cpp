@@ -27,6 +27,11 @@ int main() {
         wall[side].push_back(cost.wall / kStarts);
         processor[side].push_back(cost.processor / kStarts);
     }
-    bench::printRow("zamofw --version, processor", processor[0], "nothing", processor[1], 1.5);
-    bench::printRow("zamofw --version, wall", wall[0], "nothing", wall[1], 1.5);
+    bench::printRow("zamofw --version, processor time",
+                    processor[0],
+                    "a program that does nothing",
+                    processor[1],
+                    1.5);
+    bench::printRow(
+        "zamofw --version, wall time", wall[0], "a program that does nothing", wall[1], 1.5);
 }

@@ -29,7 +29,7 @@ constexpr const char* kSettings = "/usr/zamo/etc/firewall.d/firewall_settings.js
 }
 
 struct Waited {
-    double processorShare;
+    bench::Cost cost;
     double handOver;
 };
 
@@ -51,7 +51,7 @@ Waited waitFor(const char* path, void (*wait)(), useconds_t milliseconds) {
     bench::require(waitpid(child, nullptr, 0) == child, "waitpid");
     close(ends[0]);
     close(ends[1]);
-    return {cost.processor / cost.wall, end - time};
+    return {cost, end - time};
 }
 
 void takeExecutionLock() {
@@ -67,16 +67,19 @@ void readSettings() {
 }
 
 void measure(const std::string& name, const char* path, void (*wait)()) {
-    bench::Samples shares;
+    bench::Samples wall;
+    bench::Samples processor;
     for (int i = 0; i < 3; ++i) {
-        shares.push_back(waitFor(path, wait, 1500).processorShare);
+        const bench::Cost cost = waitFor(path, wait, 1500).cost;
+        wall.push_back(cost.wall);
+        processor.push_back(cost.processor);
     }
     bench::Samples times;
     for (useconds_t i = 0; i < 101; ++i) {
         times.push_back(waitFor(path, wait, 20 + i * 7 % 20).handOver);
     }
-    bench::printRow(name + ", processor time", shares, "time waited", {1}, 0.03);
-    bench::printRow(name + ", taken after release", times, "1 ms", {1}, 2);
+    bench::printRow(name + ", processor time of a wait", processor, "the wait", wall, 0.03);
+    bench::printRow(name + ", from release to hand-over", times, "a millisecond", {1}, 2);
 }
 
 }  // namespace

@@ -50,8 +50,9 @@ void row(const std::string& claim,
          double State::*member,
          const State& after,
          const State& before,
-         double limit) {
-    bench::printRow(claim, {after.*member}, "before", {before.*member}, limit);
+         double limit,
+         const std::string& unit = "KiB") {
+    bench::printRow(claim, {after.*member}, "before", {before.*member}, limit, unit);
 }
 
 }  // namespace
@@ -72,9 +73,9 @@ int main() {
     withoutRules = false;
     reload(100);
     const State last = now();
-    row("1,100 reloads, descriptors", &State::descriptors, last, first, 1);
-    row("1,100 reloads, children", &State::children, last, first, 1);
-    row("reloads 101 to 1,000, resident KiB", &State::residentKiB, thousand, hundred, kFlat);
-    row("reloads 101 to 1,000, heap KiB", &State::heapKiB, thousand, hundred, kFlat);
-    row("100 real reloads, resident KiB", &State::residentKiB, last, thousand, kFlat);
+    row("descriptors after 1,100 reloads", &State::descriptors, last, first, 1, "");
+    row("children after 1,100 reloads", &State::children, last, first, 1, "");
+    row("resident memory, reloads 101 to 1,000", &State::residentKiB, thousand, hundred, kFlat);
+    row("heap, reloads 101 to 1,000", &State::heapKiB, thousand, hundred, kFlat);
+    row("resident memory, 100 reloads with iptables", &State::residentKiB, last, thousand, kFlat);
 }

@@ -103,19 +103,20 @@ void printRow(const std::string& claim,
               const Samples& ours,
               const std::string& otherName,
               const Samples& other,
-              double limit) {
+              double limit,
+              const std::string& unit) {
     require(!ours.empty() && !other.empty(), claim);
     const double result = ratio(ours, other);
-    std::printf("  %-40s ours %8.4g   %-24s %8.4g   ratio %7.4f",
+    const char* const verdict = result <= limit ? "ok" : "OVER";
+    std::printf("%s\t%g\t%s\t%g\t%s\t%g\t%g\t%s\n",
                 claim.c_str(),
                 median(ours),
                 otherName.c_str(),
                 median(other),
-                result);
-    if (limit > 0) {
-        std::printf("   limit %4g  %s", limit, result <= limit ? "ok" : "OVER");
-    }
-    std::puts("");
+                unit.c_str(),
+                result,
+                limit,
+                limit > 0 ? verdict : "-");
     (void)std::fflush(stdout);
 }
 

@@ -29,11 +29,13 @@ std::map<std::string, Samples> runBenchmarks();
 // Prints a row with the medians of both sides, their ratio, and whether it keeps the limit. A row
 // without a limit is for comparison only. When both sides have equally many samples, the ratio is
 // the median of the ratios of neighbours, so that what disturbs both sides for a while cancels out.
+// The row has tabs between its values; scripts/bench makes text and tables of it.
 void printRow(const std::string& claim,
               const Samples& ours,
               const std::string& otherName,
               const Samples& other,
-              double limit = 0);
+              double limit = 0,
+              const std::string& unit = "ms");
 
 }  // namespace bench
 

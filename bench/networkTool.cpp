@@ -27,6 +27,6 @@ int main() {
     add("dynamic", {HELLO});
     add("static", {HELLO_STATIC});
     auto times = bench::runBenchmarks();
-    bench::printRow("network tool", times["tool"], "C program, dynamic", times["dynamic"], 1.2);
-    bench::printRow("(network tool)", times["tool"], "C program, static", times["static"]);
+    bench::printRow("zamonetdtool", times["tool"], "a C program", times["dynamic"], 1.2);
+    bench::printRow("zamonetdtool", times["tool"], "a static C program", times["static"]);
 }

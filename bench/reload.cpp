@@ -48,8 +48,8 @@ void compare(int rules, int lines, int rounds) {
     }
     const std::string claim = "reload of " + std::to_string(lines) + " lines, ";
     const std::string other = std::to_string(starts.size()) + " plain starts";
-    bench::printRow(claim + "processor", processor[0], other, processor[1], 1.05);
-    bench::printRow(claim + "wall", wall[0], other, wall[1], 1.10);
+    bench::printRow(claim + "processor time", processor[0], other, processor[1], 1.05);
+    bench::printRow(claim + "wall time", wall[0], other, wall[1], 1.10);
 }
 
 }  // namespace
