@@ -1,0 +1,5 @@
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
+set(zamoEmulator qemu-aarch64-static)
+set(zamoDebianArchitecture arm64)
+include(${CMAKE_CURRENT_LIST_DIR}/crossBuild.cmake)

@@ -1,0 +1,5 @@
+set(CMAKE_SYSTEM_PROCESSOR armv7l)
+set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)
+set(zamoEmulator qemu-arm-static)
+set(zamoDebianArchitecture armhf)
+include(${CMAKE_CURRENT_LIST_DIR}/crossBuild.cmake)
