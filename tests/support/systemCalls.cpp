@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdint>
 #include <utility>
 
 #include "platform/base/export.h"
@@ -47,15 +48,37 @@ long SystemCalls::takeSleep() { return slept - std::exchange(taken, slept); }
 
 }  // namespace test
 
+// Where `long` has 32 bits, the calls have other names than the ones that we write, and the C++
+// library still uses the old clock on some systems.
+#ifdef __USE_TIME_BITS64
+constexpr const char* kSleep = "__nanosleep64";
+constexpr const char* kClock = "__clock_gettime64";
+
+struct ShortTime {
+    std::int32_t seconds;
+    std::int32_t nanoseconds;
+};
+ZAMO_EXPORT int shortClock(clockid_t clock, ShortTime* now) noexcept __asm__("clock_gettime");
+int shortClock(clockid_t clock, ShortTime* now) noexcept {
+    static auto* const real =
+        reinterpret_cast<decltype(&shortClock)>(dlsym(RTLD_NEXT, "clock_gettime"));
+    const int result = real(clock, now);
+    now->seconds += static_cast<std::int32_t>(test::slept);
+    return result;
+}
+#else
+constexpr const char* kSleep = "nanosleep";
+constexpr const char* kClock = "clock_gettime";
+#endif
+
 ZAMO_EXPORT int nanosleep(const timespec* duration, timespec* remaining) {
-    static auto* const real = reinterpret_cast<decltype(&nanosleep)>(dlsym(RTLD_NEXT, "nanosleep"));
+    static auto* const real = reinterpret_cast<decltype(&nanosleep)>(dlsym(RTLD_NEXT, kSleep));
     test::slept += test::inForce ? 1 : 0;
     return test::inForce ? 0 : real(duration, remaining);
 }
 
 ZAMO_EXPORT int clock_gettime(clockid_t clock, timespec* now) noexcept {
-    static auto* const real =
-        reinterpret_cast<decltype(&clock_gettime)>(dlsym(RTLD_NEXT, "clock_gettime"));
+    static auto* const real = reinterpret_cast<decltype(&clock_gettime)>(dlsym(RTLD_NEXT, kClock));
     const int result = real(clock, now);
     now->tv_sec += test::slept;
     return result;

@@ -29,7 +29,8 @@ thread_local long allocationsLeft = -1;
 }  // namespace
 
 __attribute__((visibility("default"))) void* operator new(std::size_t size) {
-    static auto* const real = reinterpret_cast<void* (*)(std::size_t)>(dlsym(RTLD_NEXT, "_Znwm"));
+    static auto* const real = reinterpret_cast<void* (*)(std::size_t)>(
+        dlsym(RTLD_NEXT, sizeof(std::size_t) == sizeof(unsigned) ? "_Znwj" : "_Znwm"));
     if (allocationsLeft == 0) {
         throw std::bad_alloc();
     }
