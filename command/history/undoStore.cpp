@@ -22,7 +22,7 @@ constexpr std::size_t kMostSnapshots = 20;
 constexpr const char* kBase = "/var/lib";
 constexpr const char* kPath = "/var/lib/zamofw/undo/";
 constexpr const char* kExtension = ".json";
-constexpr unsigned long kLargestNumber = 1000000000000;
+constexpr std::uint64_t kLargestNumber = 1000000000000;
 
 posix::Descriptor openStore() {
     return openPrivateDirectory(kBase, {"zamofw", "undo"});

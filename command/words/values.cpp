@@ -32,13 +32,13 @@ std::vector<std::string> listFromText(const std::string& word, const std::string
     return entries;
 }
 
-std::optional<unsigned long> numberFromText(const std::string& text, unsigned long largest) {
+std::optional<std::uint64_t> numberFromText(const std::string& text, std::uint64_t largest) {
     const bool isDecimal =
         !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
     if (!isDecimal || (text.size() > 1 && text.front() == '0')) {
         return std::nullopt;
     }
-    unsigned long number = 0;
+    std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || number > largest) {
         return std::nullopt;
@@ -52,7 +52,7 @@ std::size_t positionFromText(const std::string& text, std::size_t count, const s
     if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) {
         wrongUse("the position " + shown(text) + " is no number", kRemedy);
     }
-    const std::optional<unsigned long> position = numberFromText(text, count);
+    const std::optional<std::uint64_t> position = numberFromText(text, count);
     if (!position || *position == 0) {
         const std::string there =
             count == 0 ? "there are none" : "their positions are 1 to " + std::to_string(count);

@@ -2,6 +2,7 @@
 #ifndef COMMAND_WORDS_VALUES_H
 #define COMMAND_WORDS_VALUES_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,8 +20,8 @@ namespace zamofw {
                                                     const std::string& text);
 
 // A decimal number without sign and leading zeros, none when it is something else or larger.
-[[nodiscard]] std::optional<unsigned long> numberFromText(const std::string& text,
-                                                          unsigned long largest);
+[[nodiscard]] std::optional<std::uint64_t> numberFromText(const std::string& text,
+                                                          std::uint64_t largest);
 
 // A position as lists print them, counted from 1. Wrong use for anything but 1 to `count`; `what`
 // names the list: "the rules of `eth0`".
