@@ -8,7 +8,9 @@ if(NOT CMAKE_SYSROOT)
     get_filename_component(CMAKE_SYSROOT
         ${CMAKE_CURRENT_LIST_DIR}/../build/root-${zamoDebianArchitecture} ABSOLUTE)
 endif()
-set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/${zamoEmulator} -L ${CMAKE_SYSROOT})
+# Without -L, which would lead the test programs' "/" into the root: scripts/arm-test puts the
+# libraries where they belong.
+set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/${zamoEmulator})
 
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
