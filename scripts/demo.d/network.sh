@@ -3,7 +3,7 @@
 
 TCP_PORTS=(21 22 23 25 80 443 873 7777 8001 8002 8003 8080 9418)
 UDP_PORTS=(53 123)
-PATIENCE=1.5 # seconds of silence after which a connection counts as dropped
+PATIENCE=${PATIENCE:-1.5} # seconds of silence after which a connection counts as dropped
 
 onClient() {
     ip netns exec client "$@"
@@ -30,14 +30,15 @@ makeNetwork() {
     ip -n client addr add fd01::3/64 dev eth0 nodad
 }
 
-# Every server sends back what it receives; the TCP servers also greet the client.
+# Every server sends back what it receives; the TCP servers also greet the client. A client that has
+# nothing to send does not make them hang up before that.
 startServers() {
     local port
     for port in "${TCP_PORTS[@]}"; do
-        socat "TCP6-LISTEN:$port,ipv6-v6only=0,reuseaddr,fork" SYSTEM:'echo welcome; cat' &
+        socat -t "$PATIENCE" "TCP6-LISTEN:$port,ipv6-v6only=0,reuseaddr,fork" SYSTEM:'echo welcome; cat' &
     done 2>/dev/null
     for port in "${UDP_PORTS[@]}"; do
-        socat "UDP6-RECVFROM:$port,ipv6-v6only=0,fork" EXEC:cat &
+        socat -t "$PATIENCE" "UDP6-RECVFROM:$port,ipv6-v6only=0,fork" EXEC:cat &
     done 2>/dev/null
     waitForServers $((${#TCP_PORTS[@]} + ${#UDP_PORTS[@]}))
 }
