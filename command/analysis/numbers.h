@@ -7,12 +7,20 @@
 #include <string>
 #include <vector>
 
+#ifndef __SIZEOF_INT128__
+#include <boost/multiprecision/cpp_int.hpp>
+#endif
+
 #include "command/words/addresses.h"
 
 namespace zamofw::analysis {
 
-// Wide enough for an IPv6 address.
+// Wide enough for an IPv6 address. Compilers for 32 bits have no such type of their own.
+#ifdef __SIZEOF_INT128__
 __extension__ using Number = unsigned __int128;
+#else
+using Number = boost::multiprecision::uint128_t;
+#endif
 
 struct Interval {
     Number first;

@@ -220,7 +220,7 @@ class Oracle {
     void collect(std::set<Number> Line::*field, Number last, std::set<Number>& numbers) const {
         for (const Line& line : lines_) {
             if (line.planned().kind != LineKind::kBuiltIn) {
-                for (const Number bound : line.*field) {
+                for (const Number& bound : line.*field) {
                     numbers.insert(
                         {bound == 0 ? 0 : bound - 1, bound, bound == last ? last : bound + 1});
                 }
@@ -262,17 +262,17 @@ std::vector<Packet> packetsAround(const std::vector<const Oracle*>& oracles, int
     });
     if (hasPattern) {
         for (std::set<Number>* const numbers : {&sources, &destinations}) {
-            for (const Number bound : std::set<Number>(*numbers)) {
+            for (const Number& bound : std::set<Number>(*numbers)) {
                 numbers->insert({(bound & ~Number{255}) | 9, bound ^ Number{1} << 8});
             }
         }
     }
     std::vector<Packet> packets;
     for (const std::uint8_t protocol : {kTcp, kUdp, icmpOf(family), kIgmp, kGre, kNamedByNone}) {
-        for (const Number source : sources) {
-            for (const Number destination : destinations) {
-                for (const Number port : hasPorts(protocol) ? ports : std::set<Number>{0}) {
-                    for (const Number from :
+        for (const Number& source : sources) {
+            for (const Number& destination : destinations) {
+                for (const Number& port : hasPorts(protocol) ? ports : std::set<Number>{0}) {
+                    for (const Number& from :
                          hasPorts(protocol) ? sourcePorts : std::set<Number>{0}) {
                         for (const char* const in : {"eth0", "gone", "eth1", "global"}) {
                             for (const char* const out : {"", "eth0", "gone", "global"}) {
