@@ -20,7 +20,7 @@ passes tcp 10.1.0.2 80 no rule
 passes tcp fd01::2 80 no rule
 passes tcp 10.2.0.2 80 no rule
 TABLE
-    expect "the session of 10.1.0.150 goes on" sessionAnswers early 10
+    expect "the session of 10.1.0.150 goes on" sessionAnswers early "$RECOVERY"
 }
 
 useProfileWithEveryKindOfRule() {
@@ -73,7 +73,7 @@ dropped icmp fd01::2 ping default policy of eth0
 dropped tcp 10.1.0.150 7777 default policy of eth0
 dropped tcp 10.2.0.2 80 default policy of eth1
 TABLE
-    expect "the session of 10.1.0.150 goes on" sessionAnswers early 10
+    expect "the session of 10.1.0.150 goes on" sessionAnswers early "$RECOVERY"
     run firewall-control use office
     expectConnections <<<'passes tcp 10.1.0.2 443 back in the first profile'
 }

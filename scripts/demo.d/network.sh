@@ -4,6 +4,7 @@
 TCP_PORTS=(21 22 23 25 80 443 873 7777 8001 8002 8003 8080 9418)
 UDP_PORTS=(53 123)
 PATIENCE=${PATIENCE:-1.5} # seconds of silence after which a connection counts as dropped
+RECOVERY=${RECOVERY:-10} # seconds within which a session that may go on does so
 
 onClient() {
     ip netns exec client "$@"
@@ -110,7 +111,7 @@ openSession() {
     local greeting
     mkfifo "$1.in" "$1.out"
     onClient socat - "TCP:${2%.*}.1:7777,bind=$2" <>"$1.in" 1<>"$1.out" &
-    read -r -t 5 greeting <>"$1.out"
+    read -r -t "$RECOVERY" greeting <>"$1.out"
     [ "$greeting" = welcome ]
 }
 

@@ -28,7 +28,7 @@ TABLE
     expectOutput 1 "the connection that the trial was begun from" through 40000 zamofw confirm
     expectOutput 0 "trial     \`home\` for 10.1.0.20" zamofw status
     expectOutput 0 "is taken back" zamofw revert
-    expect "the session of 10.1.0.20 comes back" sessionAnswers tried 10
+    expect "the session of 10.1.0.20 comes back" sessionAnswers tried "$RECOVERY"
 }
 
 letTrialEnd() {
@@ -45,7 +45,7 @@ confirmTrial() {
     expectOutput 0 "is on trial" through 40002 zamofw try home
     expectOutput 0 "is in force, and stays" through 40003 zamofw confirm
     expectConnections <<<'dropped tcp 10.1.0.20 7777 confirmed'
-    expect "the session of 10.1.0.20 goes on, as established ones do" sessionAnswers tried 10
+    expect "the session of 10.1.0.20 goes on, as established ones do" sessionAnswers tried "$RECOVERY"
 }
 
 startAndStop() {

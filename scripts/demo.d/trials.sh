@@ -11,7 +11,7 @@ dropTrial() {
     expectTrialInForce
     run firewall-control forget office
     showChanges
-    expect "the session of 10.1.0.2 comes back" sessionAnswers own 10
+    expect "the session of 10.1.0.2 comes back" sessionAnswers own "$RECOVERY"
     expectConnections <<<'passes tcp 10.1.0.2 7777 the stored profile'
 }
 
@@ -25,12 +25,12 @@ adoptTrial() {
 dropped tcp 10.1.0.2 7777 what was tried stays
 passes tcp 10.1.0.20 7777 what was tried stays
 TABLE
-    expect "the session of 10.1.0.2 goes on, as established ones do" sessionAnswers own 10
+    expect "the session of 10.1.0.2 goes on, as established ones do" sessionAnswers own "$RECOVERY"
 }
 
 expectTrialInForce() {
     expect "the session of 10.1.0.2 is cut off" sessionIsCut own
-    expect "the session of 10.1.0.20 goes on" sessionAnswers other 10
+    expect "the session of 10.1.0.20 goes on" sessionAnswers other "$RECOVERY"
     expectConnections <<'TABLE'
 dropped tcp 10.1.0.2 7777 the profile on trial
 passes tcp 10.1.0.20 7777 the profile on trial

@@ -35,6 +35,7 @@ addClients() {
     done
 }
 
+# The host answers to IPv6 packets with its only address, the one that they were sent to.
 makeClients() {
     local address
     ip netns add client
@@ -43,7 +44,7 @@ makeClients() {
     addClients 10.9.1 5 200
     ip addr add fd01::1/64 dev eth0 nodad
     for address in fd01:1fd:: fd01:2::; do
-        ip addr add "${address}1/64" dev eth0 nodad
+        ip route add "$address/64" dev eth0
     done
     for address in fd01::2 fd01:1fd::1000:{f,10} fd01:1fd::1800:1 fd01:1fd::2000:{20,21} \
         fd01:2::1:5 fd01:2::2:5; do
