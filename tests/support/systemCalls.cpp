@@ -50,7 +50,7 @@ long SystemCalls::takeSleep() { return slept - std::exchange(taken, slept); }
 
 // Where `long` has 32 bits, the calls have other names than the ones that we write, and the C++
 // library still uses the old clock on some systems.
-#ifdef __USE_TIME_BITS64
+#if defined(__USE_TIME_BITS64) && __WORDSIZE == 32
 constexpr const char* kSleep = "__nanosleep64";
 constexpr const char* kClock = "__clock_gettime64";
 
