@@ -18,13 +18,10 @@ std::size_t charactersIn(const std::string& line) {
     return count;
 }
 
-// As it is stored.
-std::string textOf(const FW::FWRULE& rule) {
+FW::FWPROFILE profileOf(const FW::FWRULE& rule) {
     FW::FWPROFILE profile;
     profile.rules["eth0"] = {rule};
-    Json::Value json;
-    FW::ZAMOFW_JSON_DB().profileToJson(profile, json);
-    return json.toStyledString();
+    return profile;
 }
 
 }  // namespace
@@ -75,9 +72,16 @@ void requirePlaces(const zamofw::Findings& findings, const std::string& text) {
     }
 }
 
+std::string storedText(const FW::FWPROFILE& profile) {
+    Json::Value json;
+    FW::ZAMOFW_JSON_DB().profileToJson(profile, json);
+    return json.toStyledString();
+}
+
 void requireSameWords(const FW::FWRULE& rule) {
     if (const auto words = zamofw::wordsOfRule(rule, vocabulary())) {
-        require(textOf(zamofw::ruleFromWords(*words, vocabulary())) == textOf(rule),
+        require(storedText(profileOf(zamofw::ruleFromWords(*words, vocabulary()))) ==
+                    storedText(profileOf(rule)),
                 "the words of a rule make it again");
     }
 }

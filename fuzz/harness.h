@@ -25,6 +25,9 @@ void writeFile(const std::string& path, const std::string& text);
 // They point at a character of the text, or just behind the last one of a line.
 void requirePlaces(const zamofw::Findings& findings, const std::string& text);
 
+// A profile as it is stored.
+[[nodiscard]] std::string storedText(const FW::FWPROFILE& profile);
+
 // The words of a rule, if there are any, make the same rule.
 void requireSameWords(const FW::FWRULE& rule);
 

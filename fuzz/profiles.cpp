@@ -39,12 +39,6 @@ void requireSoundLines(const FW::FWPROFILE& profile) {
     }
 }
 
-std::string textOf(const FW::FWPROFILE& profile) {
-    Json::Value json;
-    FW::ZAMOFW_JSON_DB().profileToJson(profile, json);
-    return json.toStyledString();
-}
-
 }  // namespace
 
 void fuzz::run(const std::string& text) {
@@ -57,8 +51,8 @@ void fuzz::run(const std::string& text) {
     }
     require(zamofw::isReadByLibrary(document), "the library reads what has no error");
     const FW::FWPROFILE profile = zamofw::profileRecord(document);
-    const zamofw::Document again = zamofw::readDocument(textOf(profile), "again.json");
-    require(textOf(zamofw::profileRecord(again)) == again.text, "what is stored is read again");
+    const zamofw::Document again = zamofw::readDocument(storedText(profile), "again.json");
+    require(storedText(zamofw::profileRecord(again)) == again.text, "what is stored is read again");
     for (const auto& [adapter, rules] : profile.rules) {
         for (const FW::FWRULE& rule : rules) {
             requireSameWords(rule);

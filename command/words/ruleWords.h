@@ -31,9 +31,6 @@ struct Vocabulary {
 [[nodiscard]] FW::FWRULE ruleFromWords(const std::vector<std::string>& words,
                                        const Vocabulary& vocabulary);
 
-// Whether every field but ruleIndex is the same.
-[[nodiscard]] bool isSameRule(const FW::FWRULE& one, const FW::FWRULE& other);
-
 // The words that say exactly this rule on this machine; none when no words can. ruleFromWords() of
 // the words makes the same rule again.
 [[nodiscard]] std::optional<std::vector<std::string>> wordsOfRule(const FW::FWRULE& rule,

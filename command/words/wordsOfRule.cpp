@@ -132,17 +132,13 @@ auto fieldsOf(const FW::FWRULE& rule) {
 
 }  // namespace
 
-bool isSameRule(const FW::FWRULE& one, const FW::FWRULE& other) {
-    return fieldsOf(one) == fieldsOf(other);
-}
-
 std::optional<std::vector<std::string>> wordsOfRule(const FW::FWRULE& rule,
                                                     const Vocabulary& vocabulary) {
     Words words = nearestWords(rule);
     try {
         // Fields have values that no words stand for, also where they are not used, so that only
         // reading the words tells whether they say the rule.
-        if (isSameRule(ruleFromWords(words, vocabulary), rule)) {
+        if (fieldsOf(ruleFromWords(words, vocabulary)) == fieldsOf(rule)) {
             return words;
         }
     } catch (const Failure&) {
