@@ -1,10 +1,13 @@
 // Input for the restore programs without a plan.
 
 #include <algorithm>
+#include <array>
 #include <boost/container/small_vector.hpp>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "command/console.h"
 #include "command/plan/plan.h"
@@ -30,58 +33,63 @@ Texts textsIn(const Json::Value& list) {
     return texts;
 }
 
-// What the lines of a rule are made of.
-struct Fragments {
-    Texts tables;
-    Texts chains;
-    Texts adapters;
-    Texts v4;
-    Texts v6;
-    Texts ports;
-    Texts policies;
+// A line has five parts.
+bool areAllPlain(const Texts& texts) {
+    return std::all_of(texts.begin(), texts.end(), [](std::string_view text) {
+        return text.size() <= kSurelyShort / 5 - 1 && !hasSpecial(text);
+    });
+}
 
-    explicit Fragments(const Json::Value& arguments) {
-        // Looking up each member would take longer than all else.
-        const auto last = arguments.end();
-        for (auto member = arguments.begin(); member != last; ++member) {
-            const char* end = nullptr;
-            const char* const begin = member.memberName(&end);
-            const std::string_view name(begin, static_cast<std::size_t>(end - begin));
-            if (name == "ip") {
-                v4 = textsIn((*member)[FW::kIpv4.key]);
-                v6 = textsIn((*member)[FW::kIpv6.key]);
-            } else if (Texts* const texts = textsOf(name); texts != nullptr) {
-                *texts = textsIn(*member);
+void appendPart(std::string_view part, std::string& line) {
+    if (!part.empty()) {
+        line.append(" ").append(part);
+    }
+}
+
+// The begins and ends of the lines of a rule, which most rules have in common with the rule before.
+class Frame {
+  public:
+    void make(const Arguments& arguments) {
+        if (fill_ == arguments.commonFill) {
+            return;
+        }
+        fill_ = arguments.commonFill;
+        const Texts tables = textsIn(arguments.tables);
+        const Texts policies = textsIn(arguments.policies);
+        const Texts chains = textsIn(arguments.chains);
+        const Texts adapters = textsIn(arguments.adapters);
+        isPlain_ = tables.size() == 1 && tables[0] == "-t filter" && policies.size() == 1 &&
+                   areAllPlain(chains) && areAllPlain(adapters) && areAllPlain(policies);
+        if (isPlain_) {
+            makeBegins(chains, adapters);
+            ends_ = {"", ""};
+            appendPart("-j LOG", ends_[0]);
+            appendPart(policies[0], ends_[1]);
+        }
+    }
+
+    // Whether nothing in it can need a closer look.
+    [[nodiscard]] bool isPlain() const { return isPlain_; }
+    // Of the lines in a chain, one for each adapter.
+    [[nodiscard]] const std::vector<std::vector<std::string>>& begins() const { return begins_; }
+    // Of the line that logs, and of the one that decides.
+    [[nodiscard]] const std::array<std::string, 2>& ends() const { return ends_; }
+
+  private:
+    void makeBegins(const Texts& chains, const Texts& adapters) {
+        begins_.clear();
+        for (const std::string_view chain : chains) {
+            std::vector<std::string>& ofChain = begins_.emplace_back();
+            for (const std::string_view adapter : adapters) {
+                appendPart(adapter, ofChain.emplace_back(chain));
             }
         }
     }
 
-    // Whether nothing in a line can need a closer look.
-    [[nodiscard]] bool arePlain() const {
-        // Such a match is of one family alone.
-        const bool hasIcmp = std::any_of(ports.begin(), ports.end(), [](std::string_view port) {
-            return port.find("icmp") != std::string_view::npos;
-        });
-        return !hasIcmp && tables.size() == 1 && tables[0] == "-t filter" && policies.size() == 1 &&
-               areAllPlain(chains) && areAllPlain(adapters) && areAllPlain(v4) && areAllPlain(v6) &&
-               areAllPlain(ports) && areAllPlain(policies);
-    }
-
-  private:
-    Texts* textsOf(std::string_view name) {
-        return name == "table"     ? &tables
-               : name == "chain"   ? &chains
-               : name == "adapter" ? &adapters
-               : name == "port"    ? &ports
-               : name == "policy"  ? &policies
-                                   : nullptr;
-    }
-    // A line has five of them.
-    static bool areAllPlain(const Texts& texts) {
-        return std::all_of(texts.begin(), texts.end(), [](std::string_view text) {
-            return text.size() <= kSurelyShort / 5 - 1 && !hasSpecial(text);
-        });
-    }
+    std::size_t fill_ = 0;
+    bool isPlain_ = false;
+    std::vector<std::vector<std::string>> begins_;
+    std::array<std::string, 2> ends_;
 };
 
 class TextTaker : public LineTaker {
@@ -91,18 +99,26 @@ class TextTaker : public LineTaker {
         begin(texts_.v6, 6, expectedSize);
     }
 
-    bool takeArguments(const Step& step, const Json::Value& arguments) override {
-        const Fragments fragments(arguments);
-        if (!fragments.arePlain()) {
+    bool takeArguments(const Step& step, const Arguments& arguments) override {
+        frame_.make(arguments);
+        const Texts v4 = textsIn(arguments.v4);
+        const Texts v6 = textsIn(arguments.v6);
+        const Texts ports = textsIn(arguments.ports);
+        // Such a match is of one family alone.
+        const bool hasIcmp = std::any_of(ports.begin(), ports.end(), [](std::string_view port) {
+            return port.find("icmp") != std::string_view::npos;
+        });
+        if (hasIcmp || !frame_.isPlain() || !areAllPlain(v4) || !areAllPlain(v6) ||
+            !areAllPlain(ports)) {
             return false;
         }
-        for (const std::string_view chain : fragments.chains) {
-            const std::int32_t type = step.rule.ipType;
+        const std::int32_t type = step.rule.ipType;
+        for (const std::vector<std::string>& begins : frame_.begins()) {
             if (type == FW::FW_IP_TYPE_V4 || type == FW::FW_IP_TYPE_BOTH) {
-                append(fragments, chain, fragments.v4, step.rule.blLog, texts_.v4);
+                append(begins, v4, ports, step.rule.blLog, texts_.v4);
             }
             if (type == FW::FW_IP_TYPE_V6 || type == FW::FW_IP_TYPE_BOTH) {
-                append(fragments, chain, fragments.v6, step.rule.blLog, texts_.v6);
+                append(begins, v6, ports, step.rule.blLog, texts_.v6);
             }
         }
         return true;
@@ -132,31 +148,20 @@ class TextTaker : public LineTaker {
         }
     }
 
-    static void appendPart(std::string_view part, std::string& text) {
-        if (!part.empty()) {
-            text.append(" ").append(part);
-        }
-    }
-
     // The lines of a rule in one chain for one family, as the translator makes them.
-    void append(const Fragments& fragments,
-                std::string_view chain,
+    void append(const std::vector<std::string>& begins,
                 const Texts& addresses,
+                const Texts& ports,
                 bool isLogged,
                 std::string& text) {
-        for (const std::string_view adapter : fragments.adapters) {
+        for (const std::string& begin : begins) {
             for (const std::string_view address : addresses) {
-                for (const std::string_view port : fragments.ports) {
-                    for (const bool isLogLine : {true, false}) {
-                        if (isLogLine && !isLogged) {
-                            continue;
-                        }
-                        text.append(chain);
-                        appendPart(adapter, text);
+                for (const std::string_view port : ports) {
+                    for (std::size_t i = isLogged ? 0 : 1; i < frame_.ends().size(); ++i) {
+                        text.append(begin);
                         appendPart(address, text);
                         appendPart(port, text);
-                        appendPart(isLogLine ? "-j LOG" : fragments.policies[0], text);
-                        text.append("\n");
+                        text.append(frame_.ends()[i]).append("\n");
                         ++texts_.lines;
                     }
                 }
@@ -164,6 +169,7 @@ class TextTaker : public LineTaker {
         }
     }
 
+    Frame frame_;
     RestoreInputs texts_;
     bool isPlain_ = true;
 };

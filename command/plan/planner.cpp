@@ -64,7 +64,7 @@ class Planner::Scratch {
         return keeps_;
     }
 
-    [[nodiscard]] const Json::Value& arguments() const { return arguments_; }
+    [[nodiscard]] const Arguments& arguments() const { return fields_; }
 
     // The lines of the arguments stay until they are taken.
     void makeLines(const std::string& key, const FW::FWRULE& rule) {
@@ -89,10 +89,16 @@ class Planner::Scratch {
         return (translator_.*field)(rule, arguments_);
     }
 
+    bool refillCommon(Json::Value& fragments, Field field, const FW::FWRULE& rule) {
+        ++fields_.commonFill;
+        return refill(fragments, field, rule);
+    }
+
     // The fields in the order of FwRuleToIptablesArg().
     bool fill(const std::string& key, const FW::FWRULE& rule) {
         using Translator = FW::ZAMOFW_IPTABLES_RULES;
         if (!keeps_ || key != key_ || rule.adapterDirect != direct_) {
+            ++fields_.commonFill;
             adapters_.clear();
             if (!translator_.adapterToIptablesArg(key, rule, arguments_)) {
                 return false;
@@ -105,16 +111,16 @@ class Planner::Scratch {
         }
         if (!keeps_ || rule.chainList != chainList_) {
             chainList_ = rule.chainList;
-            if (!refill(chains_, &Translator::chainToIptablesArg, rule)) {
+            if (!refillCommon(chains_, &Translator::chainToIptablesArg, rule)) {
                 return false;
             }
         }
         if ((!keeps_ || rule.table != table_) &&
-            !refill(tables_, &Translator::tableToIptablesArg, rule)) {
+            !refillCommon(tables_, &Translator::tableToIptablesArg, rule)) {
             return false;
         }
         return (keeps_ && rule.policy == policy_) ||
-               refill(policies_, &Translator::policyToIptablesArg, rule);
+               refillCommon(policies_, &Translator::policyToIptablesArg, rule);
     }
 
     FW::ZAMOFW_IPTABLES_RULES& translator_;
@@ -127,6 +133,7 @@ class Planner::Scratch {
     Json::Value& chains_ = arguments_["chain"];
     Json::Value& tables_ = arguments_["table"];
     Json::Value& policies_ = arguments_["policy"];
+    Arguments fields_ = {tables_, chains_, adapters_, v4_, v6_, ports_, policies_};
     Json::Value lines_;
     // Of the rule before, if it could be translated.
     bool keeps_ = false;

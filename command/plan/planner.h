@@ -34,6 +34,20 @@ struct Established {
     std::string exceptFrom;  // an address, or empty
 };
 
+// The translator's argument set of a rule: lists of texts.
+struct Arguments {
+    const Json::Value& tables;
+    const Json::Value& chains;
+    const Json::Value& adapters;
+    const Json::Value& v4;
+    const Json::Value& v6;
+    const Json::Value& ports;
+    const Json::Value& policies;
+    // Most rules have these fields in common with the rule before: another number tells that the
+    // tables, chains, adapters or policies were filled again.
+    std::size_t commonFill = 0;
+};
+
 class LineTaker {
   public:
     LineTaker() = default;
@@ -42,7 +56,7 @@ class LineTaker {
     LineTaker& operator=(const LineTaker&) = delete;
 
     // Whether it makes the lines of a step by itself, from the argument set of the translator.
-    virtual bool takeArguments(const Step& step, const Json::Value& arguments) {
+    virtual bool takeArguments(const Step& step, const Arguments& arguments) {
         (void)step;
         (void)arguments;
         return false;
