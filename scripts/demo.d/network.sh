@@ -4,6 +4,7 @@
 TCP_PORTS=(21 22 23 25 80 443 873 7777 8001 8002 8003 8080 9418)
 UDP_PORTS=(53 123)
 PATIENCE=${PATIENCE:-1.5} # seconds of silence after which a connection counts as dropped
+ANSWER=60 # seconds that an answer may take once there is a connection
 RECOVERY=${RECOVERY:-10} # seconds within which a session that may go on does so
 
 onClient() {
@@ -36,7 +37,7 @@ makeNetwork() {
 startServers() {
     local port
     for port in "${TCP_PORTS[@]}"; do
-        socat -t "$PATIENCE" "TCP6-LISTEN:$port,ipv6-v6only=0,reuseaddr,fork" SYSTEM:'echo welcome; cat' &
+        socat -t "$ANSWER" "TCP6-LISTEN:$port,ipv6-v6only=0,reuseaddr,fork" SYSTEM:'echo welcome; cat' &
     done 2>/dev/null
     for port in "${UDP_PORTS[@]}"; do
         socat -t "$PATIENCE" "UDP6-RECVFROM:$port,ipv6-v6only=0,fork" EXEC:cat &
@@ -96,7 +97,7 @@ attempt() {
     fi
     case $1 in
         tcp)
-            onClient socat -t "$PATIENCE" - "TCP:$to:$3,bind=$from,connect-timeout=$PATIENCE" \
+            onClient socat -t "$ANSWER" - "TCP:$to:$3,bind=$from,connect-timeout=$PATIENCE" \
                 </dev/null
             ;;
         udp) onClient socat -t "$PATIENCE" - "UDP:$to:$3,bind=$from" <<<welcome ;;
