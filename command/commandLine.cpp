@@ -16,8 +16,6 @@
 namespace zamofw {
 namespace {
 
-using Words = std::vector<std::string>;
-
 constexpr const char* kEndOfOptions = "--";
 constexpr const char* kSeeHelp = "`zamofw --help` shows the commands";
 constexpr const char* kRootOptions =

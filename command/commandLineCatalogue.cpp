@@ -10,8 +10,6 @@
 namespace zamofw {
 namespace {
 
-using Words = std::vector<std::string>;
-
 Answer listServices(CLI::App&, const Words&) {
     return serviceList;
 }

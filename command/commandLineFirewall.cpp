@@ -10,8 +10,6 @@
 namespace zamofw {
 namespace {
 
-using Words = std::vector<std::string>;
-
 Answer status(CLI::App& app, const Words&) {
     struct Options {
         bool metrics = false;

@@ -10,8 +10,6 @@
 namespace zamofw {
 namespace {
 
-using Words = std::vector<std::string>;
-
 constexpr unsigned long kMostEntries = 1000000000;
 
 Answer exportAll(CLI::App& app, const Words&) {

@@ -14,8 +14,6 @@
 namespace zamofw {
 namespace {
 
-using Words = std::vector<std::string>;
-
 Answer plan(CLI::App& app, const Words&) {
     const auto request = std::make_shared<PlanRequest>();
     addTarget(app, request->target);

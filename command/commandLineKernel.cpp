@@ -9,8 +9,6 @@
 namespace zamofw {
 namespace {
 
-using Words = std::vector<std::string>;
-
 Answer rehearse(CLI::App& app, const Words&) {
     const auto target = std::make_shared<TargetWords>();
     addTarget(app, *target);

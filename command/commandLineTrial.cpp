@@ -8,8 +8,6 @@
 namespace zamofw {
 namespace {
 
-using Words = std::vector<std::string>;
-
 Answer tryProfile(CLI::App& app, const Words&) {
     struct Options {
         TryRequest request;

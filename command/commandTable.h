@@ -14,9 +14,11 @@ class App;
 
 namespace zamofw {
 
+using Words = std::vector<std::string>;
+
 // Declares the operands and options of a command, and gives back what is to be done once they are
 // parsed. `given` is the whole call, for the change log.
-using Declare = Answer (*)(CLI::App& app, const std::vector<std::string>& given);
+using Declare = Answer (*)(CLI::App& app, const Words& given);
 // A command that takes its words as they are.
 using TakeWords = Status (*)(const Console& console, const Call& call);
 

@@ -13,15 +13,15 @@
 namespace zamofw {
 namespace {
 
-struct Listed {
+struct ListedAdapter {
     bool present = false;
     std::size_t rules = 0;
     std::optional<std::string> policy;
 };
 
-std::map<std::string, Listed> listedAdapters() {
+std::map<std::string, ListedAdapter> listedAdapters() {
     const FW::FWPROFILE profile = profileOf(readTarget({}));
-    std::map<std::string, Listed> adapters;
+    std::map<std::string, ListedAdapter> adapters;
     for (const auto& [name, rules] : profile.rules) {
         adapters[name].rules = rules.size();
     }

@@ -196,7 +196,7 @@ Json::Value toJson(const Explanation& answer, const std::vector<std::string>& un
     return json;
 }
 
-std::string listed(const std::vector<Origin>& origins) {
+std::string joined(const std::vector<Origin>& origins) {
     std::string text;
     for (const Origin& origin : origins) {
         text += (text.empty() ? "" : ", ") + originText(origin);
@@ -214,11 +214,11 @@ std::string toText(const Explanation& answer, const std::vector<std::string>& un
         text += "  " + line + "\n";
     }
     if (!answer.log.empty()) {
-        text += "logged by " + listed(answer.log) + "\n";
+        text += "logged by " + joined(answer.log) + "\n";
     }
     if (!answer.next.empty()) {
         text += "would be " + std::string(answer.isAllowed ? "denied" : "allowed") + " by " +
-                listed(answer.next) + ", if it came so far\n";
+                joined(answer.next) + ", if it came so far\n";
     }
     for (const std::string& gap : unknown) {
         text += "not known: " + gap + "\n";

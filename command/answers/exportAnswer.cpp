@@ -16,11 +16,9 @@
 namespace zamofw {
 namespace {
 
-constexpr mode_t kPrivate = 0600;
-
 void writeFile(const std::string& path, const std::string& text) {
     posix::Descriptor file =
-        posix::openFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY, kPrivate);
+        posix::openFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY, S_IRUSR | S_IWUSR);
     if (!file || !posix::writeWhole(file.get(), text) || !file.close()) {
         failed(shown(path) + " cannot be written: " + std::strerror(errno),
                "see that the directory is there and the disk is not full");

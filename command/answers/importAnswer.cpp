@@ -24,7 +24,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-struct Difference {
+struct Exchange {
     Names added;
     Names replaced;
     Names deleted;
@@ -47,8 +47,8 @@ std::map<std::string, Json::Value> profilesIn(const Json::Value& configuration) 
     return profiles;
 }
 
-Difference difference(const Json::Value& from, const Json::Value& to) {
-    Difference found;
+Exchange exchangeBetween(const Json::Value& from, const Json::Value& to) {
+    Exchange found;
     const auto before = profilesIn(from);
     const auto after = profilesIn(to);
     for (const auto& [name, profile] : after) {
@@ -114,10 +114,10 @@ Json::Value jsonOf(const Names& names) {
     return json;
 }
 
-void showDifference(const Console& console,
-                    const Difference& found,
-                    const Json::Value& stored,
-                    const Json::Value& wanted) {
+void showPlan(const Console& console,
+              const Exchange& found,
+              const Json::Value& stored,
+              const Json::Value& wanted) {
     if (console.json) {
         Json::Value json(Json::objectValue);
         json["added"] = jsonOf(found.added);
@@ -144,7 +144,7 @@ void showDifference(const Console& console,
     }
 }
 
-std::string lossText(const Difference& found) {
+std::string lossText(const Exchange& found) {
     Names gone = found.replaced;
     gone.insert(gone.end(), found.deleted.begin(), found.deleted.end());
     return "the import replaces or deletes " + boost::algorithm::join(gone, ", ") + " with " +
@@ -167,9 +167,9 @@ Status importAnswer(const Console& console,
     const Json::Value imported = jsonOfDocument(document);
     const Json::Value stored = readableConfiguration();
     const Json::Value wanted = merged(stored, imported);
-    const Difference found = difference(stored, wanted);
+    const Exchange found = exchangeBetween(stored, wanted);
     if (request.planOnly) {
-        showDifference(console, found, stored, wanted);
+        showPlan(console, found, stored, wanted);
         return found.isEmpty() ? Status::kDone : Status::kNo;
     }
     if (found.isEmpty()) {

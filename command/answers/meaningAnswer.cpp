@@ -168,10 +168,11 @@ std::vector<Change> changesInMeaning(const FW::FWPROFILE& before,
 }  // namespace
 
 std::string meaningText(const FW::FWPROFILE& before, const FW::FWPROFILE& after) try {
-    constexpr std::size_t kMostShown = 10;
+    constexpr std::size_t kMostChangesShown = 10;
     const std::vector<Change> changes = changesInMeaning(before, after, analysis::kFewSteps);
-    return changes.empty() ? ""
-                           : "packets that get another verdict:\n" + toText(changes, kMostShown);
+    return changes.empty()
+               ? ""
+               : "packets that get another verdict:\n" + toText(changes, kMostChangesShown);
 } catch (const Failure& failure) {
     return "packets that get another verdict: " + std::string(failure.what()) + "\n";
 }

@@ -19,7 +19,7 @@ using analysis::Origin;
 
 constexpr std::size_t kMostNamed = 5;
 
-std::string listed(const std::vector<Origin>& origins) {
+std::string enumeration(const std::vector<Origin>& origins) {
     std::string text;
     for (std::size_t i = 0; i < origins.size(); ++i) {
         if (i == kMostNamed) {
@@ -72,7 +72,7 @@ Fault shadowFault(const analysis::ShadowedRule& shadowed) {
                 "Delete it, or see whether its adapter, direction and chains fit together."};
     }
     return {"shadowed",
-            "no packet reaches " + originText(shadowed.rule) + ": " + listed(shadowed.by) +
+            "no packet reaches " + originText(shadowed.rule) + ": " + enumeration(shadowed.by) +
                 (shadowed.by.size() == 1 ? " decides" : " decide") + " about all of its packets",
             "Delete it, or move it up with `zamofw rule move`."};
 }

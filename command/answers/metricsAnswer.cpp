@@ -104,7 +104,7 @@ Metrics gathered(const Console& console) {
 }
 
 // Under a name that no collector reads, in a directory that may belong to another user.
-void replaceFile(const std::string& path, const std::string& text) {
+void writeMetrics(const std::string& path, const std::string& text) {
     const std::string temporary = path + "." + std::to_string(getpid());
     (void)unlink(temporary.c_str());
     posix::Descriptor file =
@@ -127,7 +127,7 @@ Status metricsAnswer(const Console& console, const std::optional<std::string>& f
     requireRoot("reading the kernel's counters");
     const std::string text = metricsText(gathered(console));
     if (file) {
-        replaceFile(*file, text);
+        writeMetrics(*file, text);
     } else {
         console.out << text;
     }

@@ -7,7 +7,7 @@
 namespace zamofw {
 
 Status profileCopy(const Console& console,
-                   const Words& call,
+                   const std::vector<std::string>& call,
                    const std::string& from,
                    const std::string& to) {
     requireRoot("copying a profile");

@@ -17,7 +17,9 @@ std::string emptyProfile(const std::string& name) {
 
 }  // namespace
 
-Status profileCreate(const Console& console, const Words& call, const std::string& name) {
+Status profileCreate(const Console& console,
+                     const std::vector<std::string>& call,
+                     const std::string& name) {
     requireRoot("making a profile");
     requireFreeName(name);
     return recordedChange(call, [&] {

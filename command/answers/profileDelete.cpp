@@ -23,7 +23,9 @@ std::string lossOf(const std::string& name) {
 
 }  // namespace
 
-Status profileDelete(const Console& console, const Words& call, const std::string& name) {
+Status profileDelete(const Console& console,
+                     const std::vector<std::string>& call,
+                     const std::string& name) {
     requireRoot("deleting a profile");
     requireStoredProfile(name);
     if (profileNameInForce() == name) {

@@ -19,7 +19,10 @@ bool wantsToEditAgain(const Console& console) {
 
 }  // namespace
 
-Status profileEdit(const Console& console, const Words& call, const std::string& name, bool force) {
+Status profileEdit(const Console& console,
+                   const std::vector<std::string>& call,
+                   const std::string& name,
+                   bool force) {
     requireRoot("editing a profile");
     requireStoredProfile(name);
     if (!console.canAsk && !isEditorChosen()) {

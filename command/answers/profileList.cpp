@@ -14,16 +14,16 @@
 namespace zamofw {
 namespace {
 
-struct Listed {
+struct ListedProfile {
     std::string name;
     bool inForce = false;
     std::size_t adapters = 0;
     std::size_t rules = 0;
 };
 
-Listed listed(const std::string& name, const std::string& inForce) {
+ListedProfile listedProfile(const std::string& name, const std::string& inForce) {
     const FW::FWPROFILE profile = profileOf(readTarget({name, {}}));
-    Listed entry{name, name == inForce, 0, 0};
+    ListedProfile entry{name, name == inForce, 0, 0};
     std::set<std::string> adapters;
     for (const auto& [adapter, policy] : profile.adapterPolicyMap) {
         if (adapter != FW::kGlobalAdapter) {
@@ -41,13 +41,13 @@ Listed listed(const std::string& name, const std::string& inForce) {
 }
 
 // A profile that cannot be read must not hide the others.
-std::vector<Listed> readableProfiles(const Console& console) {
+std::vector<ListedProfile> readableProfiles(const Console& console) {
     std::string inForce;
     (void)FW::ZAMOFW().fwProfileConfigGet(inForce);
-    std::vector<Listed> profiles;
+    std::vector<ListedProfile> profiles;
     for (const std::string& name : storedProfileNames()) {
         try {
-            profiles.push_back(listed(name, inForce));
+            profiles.push_back(listedProfile(name, inForce));
         } catch (const Failure& failure) {
             console.err << failure.what() << "\n";
         }
@@ -65,7 +65,7 @@ Status profileList(const Console& console) {
     Json::Value json(Json::objectValue);
     json["profiles"] = Json::Value(Json::arrayValue);
     std::vector<Row> rows;
-    for (const Listed& profile : readableProfiles(console)) {
+    for (const ListedProfile& profile : readableProfiles(console)) {
         Json::Value entry(Json::objectValue);
         entry["name"] = profile.name;
         entry["in_force"] = profile.inForce;

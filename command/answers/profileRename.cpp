@@ -8,7 +8,7 @@
 namespace zamofw {
 
 Status profileRename(const Console& console,
-                     const Words& call,
+                     const std::vector<std::string>& call,
                      const std::string& oldName,
                      const std::string& newName) {
     requireRoot("renaming a profile");

@@ -8,7 +8,9 @@
 
 namespace zamofw {
 
-Status profileSet(const Console& console, const Words& call, const ProfileSetRequest& request) {
+Status profileSet(const Console& console,
+                  const std::vector<std::string>& call,
+                  const ProfileSetRequest& request) {
     requireRoot("storing a profile");
     if (!isStoredProfile(request.name)) {
         requireFreeName(request.name);

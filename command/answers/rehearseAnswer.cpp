@@ -13,9 +13,6 @@
 namespace zamofw {
 namespace {
 
-// Below this, nobody waits for long enough to wonder.
-constexpr std::size_t kManyLines = 2000;
-
 // One line of a terminal, written again and again.
 class Progress {
   public:

@@ -32,8 +32,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kWhat = "putting rules into force";
-// Below this, nobody waits for long enough to wonder.
-constexpr std::size_t kManyLines = 2000;
 
 struct Settings {
     std::string profile;

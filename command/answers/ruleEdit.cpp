@@ -16,7 +16,7 @@
 namespace zamofw {
 namespace {
 
-using Rules = std::vector<FW::FWRULE>;
+using RuleList = std::vector<FW::FWRULE>;
 
 struct Operands {
     bool force = false;
@@ -52,7 +52,7 @@ Operands ruleOperandsOf(const Call& call, const std::string& usage, std::size_t 
 }
 
 // The rules of an adapter that has some.
-Rules& rulesOf(const std::string& adapter, FW::FWPROFILE& profile) {
+RuleList& rulesOf(const std::string& adapter, FW::FWPROFILE& profile) {
     const auto found = profile.rules.find(adapter);
     if (found != profile.rules.end() && !found->second.empty()) {
         return found->second;
@@ -72,7 +72,7 @@ std::string nameOfList(const std::string& adapter) {
 }
 
 // Position 1 is the begin of the list.
-Rules::iterator at(Rules& rules, std::size_t position) {
+RuleList::iterator at(RuleList& rules, std::size_t position) {
     return std::next(rules.begin(), static_cast<long>(position) - 1);
 }
 
@@ -82,7 +82,7 @@ std::string ruleText(std::size_t position, const Operands& operands) {
 }
 
 // What a command does to the rule at a position, and the word for it: "replaced", "removed".
-using Edit = std::function<void(Rules& rules, Rules::iterator rule)>;
+using Edit = std::function<void(RuleList& rules, RuleList::iterator rule)>;
 
 Status changeAtPosition(const Console& console,
                         const Call& call,
@@ -90,7 +90,7 @@ Status changeAtPosition(const Console& console,
                         const std::string& done,
                         const Edit& edit) {
     const auto apply = [&](FW::FWPROFILE& profile) {
-        Rules& rules = rulesOf(operands.adapter(), profile);
+        RuleList& rules = rulesOf(operands.adapter(), profile);
         const std::size_t position =
             positionFromText(operands.words[2], rules.size(), nameOfList(operands.adapter()));
         edit(rules, at(rules, position));
@@ -106,7 +106,7 @@ Status setEnabled(const Console& console, const Call& call, bool enabled) {
     const std::string name = enabled ? "enable" : "disable";
     const Operands operands = operandsOf(call, "rule " + name + " PROFILE ADAPTER POSITION");
     return changeAtPosition(
-        console, call, operands, name + "d", [enabled](Rules&, Rules::iterator rule) {
+        console, call, operands, name + "d", [enabled](RuleList&, RuleList::iterator rule) {
             rule->enable = enabled;
         });
 }
@@ -118,7 +118,7 @@ Status ruleAdd(const Console& console, const Call& call) {
     checkAdapterName(operands.adapter());
     const FW::FWRULE rule = ruleOf(operands, 2);
     const auto apply = [&](FW::FWPROFILE& profile) {
-        Rules& rules = profile.rules[operands.adapter()];
+        RuleList& rules = profile.rules[operands.adapter()];
         rules.push_back(rule);
         return ruleText(rules.size(), operands) + " is added";
     };
@@ -129,7 +129,7 @@ Status ruleInsert(const Console& console, const Call& call) {
     const Operands operands = ruleOperandsOf(call, "rule insert PROFILE ADAPTER POSITION WORDS", 3);
     const FW::FWRULE rule = ruleOf(operands, 3);
     return changeAtPosition(
-        console, call, operands, "inserted", [&](Rules& rules, Rules::iterator before) {
+        console, call, operands, "inserted", [&](RuleList& rules, RuleList::iterator before) {
             rules.insert(before, rule);
         });
 }
@@ -139,13 +139,15 @@ Status ruleReplace(const Console& console, const Call& call) {
         ruleOperandsOf(call, "rule replace PROFILE ADAPTER POSITION WORDS", 3);
     const FW::FWRULE rule = ruleOf(operands, 3);
     return changeAtPosition(
-        console, call, operands, "replaced", [&](Rules&, Rules::iterator old) { *old = rule; });
+        console, call, operands, "replaced", [&](RuleList&, RuleList::iterator old) {
+            *old = rule;
+        });
 }
 
 Status ruleRemove(const Console& console, const Call& call) {
     const Operands operands = operandsOf(call, "rule remove PROFILE ADAPTER POSITION");
     return changeAtPosition(
-        console, call, operands, "removed", [](Rules& rules, Rules::iterator rule) {
+        console, call, operands, "removed", [](RuleList& rules, RuleList::iterator rule) {
             rules.erase(rule);
         });
 }
@@ -161,7 +163,7 @@ Status ruleDisable(const Console& console, const Call& call) {
 Status ruleMove(const Console& console, const Call& call) {
     const Operands operands = operandsOf(call, "rule move PROFILE ADAPTER FROM TO");
     const auto apply = [&](FW::FWPROFILE& profile) {
-        Rules& rules = rulesOf(operands.adapter(), profile);
+        RuleList& rules = rulesOf(operands.adapter(), profile);
         const std::string list = nameOfList(operands.adapter());
         const std::size_t from = positionFromText(operands.words[2], rules.size(), list);
         const std::size_t to = positionFromText(operands.words[3], rules.size(), list);

@@ -66,7 +66,7 @@ Known kept() {
     return state;
 }
 
-std::string listed(const std::set<std::string>& names) {
+std::string joined(const std::set<std::string>& names) {
     std::string text;
     for (const std::string& name : names) {
         text += (text.empty() ? "" : ", ") + name;
@@ -133,7 +133,7 @@ class Watch {
                                        const std::set<std::string>& changed,
                                        const ExecutionLock& lock) {
         if (known_) {
-            console_.err << "came, went or changed: " << listed(changed) << "\n";
+            console_.err << "came, went or changed: " << joined(changed) << "\n";
         }
         const InForce result = putIntoForce(console_, Errors::kShow, lock);
         (void)showInForce(console_, result);

@@ -8,7 +8,7 @@
 namespace zamofw {
 namespace {
 
-constexpr std::int64_t kPerSecond = 1'000'000'000;
+constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
 }  // namespace
 
@@ -22,12 +22,13 @@ std::string bootId() {
 std::int64_t nanosecondsSinceBoot() {
     timespec now = {};
     (void)clock_gettime(CLOCK_BOOTTIME, &now);
-    return now.tv_sec * kPerSecond + now.tv_nsec;
+    return now.tv_sec * kNanosecondsPerSecond + now.tv_nsec;
 }
 
 std::uint64_t ticksSinceBoot() {
     const auto ticksPerSecond = static_cast<std::int64_t>(sysconf(_SC_CLK_TCK));
-    return static_cast<std::uint64_t>(nanosecondsSinceBoot() / (kPerSecond / ticksPerSecond));
+    return static_cast<std::uint64_t>(nanosecondsSinceBoot() /
+                                      (kNanosecondsPerSecond / ticksPerSecond));
 }
 
 }  // namespace zamofw

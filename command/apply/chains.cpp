@@ -1,19 +1,19 @@
 #include "command/apply/chains.h"
 
 #include <algorithm>
-#include <array>
 #include <functional>
 #include <iterator>
 #include <sstream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "command/apply/filterChange.h"
+#include "command/apply/jumps.h"
 #include "command/apply/programs.h"
 #include "command/apply/restoreError.h"
 #include "command/console.h"
 #include "command/plan/plan.h"
+#include "command/startsWith.h"
 #include "library/model/names.h"
 
 namespace zamofw {
@@ -21,18 +21,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-struct Hook {
-    const char* name;
-    const char* chain;
-};
-constexpr std::array<Hook, 2> kHooks = {
-    {{"INPUT", FW::kInputChain}, {"FORWARD", FW::kForwardChain}}};
-
 constexpr const char* kDhcpv6Client = " -p udp --dport 546 -j ACCEPT";
-
-bool startsWith(const std::string& text, std::string_view start) {
-    return text.compare(0, start.size(), start) == 0;
-}
 
 // The table filter of a family, as `iptables -S` prints it.
 class Listing {

@@ -11,10 +11,6 @@ constexpr const char* kHead4 = "# IPv4\n";
 constexpr const char* kHead6 = "# IPv6\n";
 constexpr const char* kEnd = "\nCOMMIT\n";
 
-posix::Descriptor openOurDirectory() {
-    return openPrivateDirectory("/var/lib", {"zamofw"});
-}
-
 bool isWhole(const std::string& input, const std::string& head) {
     const std::string end = kEnd;
     return input.compare(0, head.size(), head) == 0 && input.size() > end.size() &&
@@ -24,12 +20,12 @@ bool isWhole(const std::string& input, const std::string& head) {
 }  // namespace
 
 bool writeRules(const char* file, const RestoreInputs& inputs) {
-    const posix::Descriptor directory = openOurDirectory();
+    const posix::Descriptor directory = openStateDirectory();
     return directory && replacePrivateFile(directory, file, inputs.v4 + inputs.v6);
 }
 
 void keepRules(std::string_view v4, std::string_view v6) {
-    const posix::Descriptor directory = openOurDirectory();
+    const posix::Descriptor directory = openStateDirectory();
     // A reload that changes nothing does not wear the disk.
     if (directory && !privateFileHolds(directory, kKeptRulesFile, {v4, v6})) {
         (void)replacePrivateFile(directory, kKeptRulesFile, std::string(v4).append(v6));
@@ -41,7 +37,7 @@ void keepRules(const Plan& plan) {
 }
 
 std::optional<RestoreInputs> readRules(const char* file) {
-    const posix::Descriptor directory = openOurDirectory();
+    const posix::Descriptor directory = openStateDirectory();
     const std::optional<std::string> text =
         directory ? readPrivateFile(directory, file) : std::nullopt;
     // No line of a rule begins like this.
@@ -55,7 +51,7 @@ std::optional<RestoreInputs> readRules(const char* file) {
 }
 
 void dropKeptRules() {
-    const posix::Descriptor directory = openOurDirectory();
+    const posix::Descriptor directory = openStateDirectory();
     if (directory) {
         (void)removePrivateFile(directory, kKeptRulesFile);
     }

@@ -7,16 +7,13 @@
 #include "command/apply/programs.h"
 #include "command/apply/restoreError.h"
 #include "command/console.h"
+#include "command/startsWith.h"
 #include "library/model/names.h"
 
 namespace zamofw {
 namespace {
 
-constexpr std::array<const char*, 2> kHooks = {"INPUT", "FORWARD"};
-
-bool startsWith(std::string_view text, std::string_view start) {
-    return text.substr(0, start.size()) == start;
-}
+constexpr std::array<const char*, 2> kBuiltIn = {"INPUT", "FORWARD"};
 
 std::string policyOf(int family, const std::string& hook) {
     // Whether the lock is free is of little interest here, so that five seconds are enough.
@@ -79,7 +76,7 @@ std::string SavedChains::input() const {
     std::istringstream lines(table_);
     for (std::string line; std::getline(lines, line);) {
         const std::string_view chain = chainOf(line);
-        if (line[0] == ':' && (isOneOf(chain, kOurChains) || isOneOf(chain, kHooks))) {
+        if (line[0] == ':' && (isOneOf(chain, kOurChains) || isOneOf(chain, kBuiltIn))) {
             chains += line + "\n";
         } else if (line[0] == '[' && isOneOf(chain, kOurChains)) {
             rules += line + "\n";

@@ -20,7 +20,7 @@ posix::Descriptor openNotes() {
 }
 
 // Empty for a file that no note can be.
-std::string textOf(const posix::Descriptor& file) {
+std::string noteText(const posix::Descriptor& file) {
     std::string text(kLargestNote, '\0');
     std::size_t size = 0;
     while (size < text.size()) {
@@ -46,7 +46,7 @@ Json::Value readRunNote(const std::string& name) {
     if (!file) {
         return {};
     }
-    const std::string text = textOf(file);
+    const std::string text = noteText(file);
     Json::Value note;
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     try {

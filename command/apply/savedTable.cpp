@@ -8,15 +8,12 @@
 #include "command/apply/programs.h"
 #include "command/apply/restoreError.h"
 #include "command/console.h"
+#include "command/startsWith.h"
 
 namespace zamofw {
 namespace {
 
 constexpr std::string_view kAppend = "-A ";
-
-bool startsWith(std::string_view text, std::string_view start) {
-    return text.substr(0, start.size()) == start;
-}
 
 // ":INPUT ACCEPT [0:0]"
 void addChain(const std::string& line, SavedTable& table) {

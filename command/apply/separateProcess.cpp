@@ -22,7 +22,7 @@ namespace zamofw {
 namespace {
 
 // Not the command's name: whoever kills that by name must not hit both processes.
-constexpr const char* kProcessName = "fw-transaction";
+constexpr const char* kChildName = "fw-transaction";
 
 constexpr const char* kAnswer = "answer";
 constexpr const char* kStatus = "status";
@@ -75,7 +75,7 @@ bool isWanted(int channel) {
 [[noreturn]] void workAsChild(pid_t parent, int channel, const SeparateProcess::Work& work) {
     dieWith(parent);
     (void)setsid();
-    (void)prctl(PR_SET_NAME, kProcessName);
+    (void)prctl(PR_SET_NAME, kChildName);
     // A program that ends before it has read its input is a failure that the work deals with.
     (void)signal(SIGPIPE, SIG_IGN);
     bool isDone = false;

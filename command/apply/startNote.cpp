@@ -14,10 +14,6 @@ namespace {
 constexpr const char* kFile = "start.json";
 constexpr const char* kPath = "/var/lib/zamofw/start.json";
 
-posix::Descriptor openOurDirectory() {
-    return openPrivateDirectory("/var/lib", {"zamofw"});
-}
-
 }  // namespace
 
 void writeStartNote(const StartNote& note) {
@@ -26,7 +22,7 @@ void writeStartNote(const StartNote& note) {
     json["time"] = note.time;
     json["last_rules"] = note.hasLastRules;
     json["cause"] = note.cause;
-    const posix::Descriptor directory = openOurDirectory();
+    const posix::Descriptor directory = openStateDirectory();
     if (directory) {
         (void)replacePrivateFile(directory, kFile, Json::FastWriter().write(json));
     }
@@ -36,7 +32,7 @@ std::optional<StartNote> readStartNote() try {
     if (access(kPath, R_OK) != 0) {
         return std::nullopt;
     }
-    const posix::Descriptor directory = openOurDirectory();
+    const posix::Descriptor directory = openStateDirectory();
     const std::optional<std::string> text =
         directory ? readPrivateFile(directory, kFile) : std::nullopt;
     Json::Value json;

@@ -1,14 +1,9 @@
 #include "command/apply/transaction.h"
 
 #include <json/value.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstring>
 
 #include "command/apply/bothFamilies.h"
 #include "command/apply/keptRules.h"
@@ -17,9 +12,9 @@
 #include "command/apply/refusal.h"
 #include "command/apply/restore.h"
 #include "command/apply/separateProcess.h"
+#include "command/apply/sharedText.h"
 #include "command/console.h"
 #include "command/plan/plan.h"
-#include "posix/file.h"
 
 namespace zamofw {
 namespace {
@@ -47,44 +42,6 @@ std::optional<ProgramResult> resultFrom(const Json::Value& json) {
 bool isTaken(const std::optional<ProgramResult>& result) {
     return result && result->status == 0;
 }
-
-// A text that the child reads, though it is written after its start.
-class SharedText {
-  public:
-    SharedText() = default;
-    ~SharedText() {
-        if (!text_.empty()) {
-            (void)munmap(const_cast<char*>(text_.data()), text_.size());
-        }
-    }
-    SharedText(const SharedText&) = delete;
-    SharedText& operator=(const SharedText&) = delete;
-
-    void write(const std::string& text) const {
-        if (ftruncate(file_.get(), 0) != 0 || lseek(file_.get(), 0, SEEK_SET) != 0 ||
-            !posix::writeWhole(file_.get(), text)) {
-            failed(std::string("a file in memory cannot be written: ") + std::strerror(errno));
-        }
-    }
-    [[nodiscard]] std::string_view read() {
-        struct stat status = {};
-        void* memory = MAP_FAILED;
-        if (fstat(file_.get(), &status) == 0) {
-            const auto size = static_cast<std::size_t>(status.st_size);
-            memory = mmap(nullptr, size, PROT_READ, MAP_SHARED, file_.get(), 0);
-            text_ = {static_cast<const char*>(memory), size};
-        }
-        if (memory == MAP_FAILED) {
-            text_ = {};
-            failed(std::string("a file in memory cannot be read: ") + std::strerror(errno));
-        }
-        return text_;
-    }
-
-  private:
-    posix::Descriptor file_ = memoryFile("");
-    std::string_view text_;
-};
 
 }  // namespace
 

@@ -61,7 +61,7 @@ posix::Descriptor openTrialFile() {
     return file;
 }
 
-std::string textOf(const posix::Descriptor& file) {
+std::string recordText(const posix::Descriptor& file) {
     std::string text(kLargestFile + 1, '\0');
     std::size_t size = 0;
     while (size < text.size()) {
@@ -137,7 +137,7 @@ std::optional<TrialState> readTrial() {
     if (!file) {
         return std::nullopt;
     }
-    const std::string text = textOf(file);
+    const std::string text = recordText(file);
     Json::Value record;
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     try {
@@ -177,7 +177,7 @@ void writeTrial(const TrialState& trial) {
     record["boot"] = trial.boot;
     record["deadline"] = Json::Int64{trial.deadline};
     record["began_tick"] = Json::UInt64{trial.beganTick};
-    const posix::Descriptor directory = openPrivateDirectory("/var/lib", {"zamofw"});
+    const posix::Descriptor directory = openStateDirectory();
     if (!directory ||
         !replacePrivateFile(directory, "trial.json", Json::FastWriter().write(record))) {
         failed(std::string("cannot write ") + kTrialFile + ": " + std::strerror(errno),

@@ -75,7 +75,7 @@ bool startAsUnit(const std::string& trialId, pid_t& process) try {
     return false;
 }
 
-void require(int error) {
+void throwOn(int error) {
     if (error != 0) {
         failed(std::string("the timer of the trial cannot be started: ") + std::strerror(error));
     }
@@ -85,20 +85,20 @@ void require(int error) {
 class Detachment {
   public:
     Detachment() {
-        require(posix_spawn_file_actions_init(&actions_));
-        require(posix_spawnattr_init(&attributes_));
+        throwOn(posix_spawn_file_actions_init(&actions_));
+        throwOn(posix_spawnattr_init(&attributes_));
         for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-            require(posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", O_RDWR, 0));
+            throwOn(posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", O_RDWR, 0));
         }
-        require(posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1));
-        require(posix_spawn_file_actions_addchdir_np(&actions_, "/"));
+        throwOn(posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1));
+        throwOn(posix_spawn_file_actions_addchdir_np(&actions_, "/"));
         sigset_t signals;
         // Not sigfillset(): it leaves out two that the C library uses.
         std::memset(&signals, 0xff, sizeof signals);
-        require(posix_spawnattr_setsigdefault(&attributes_, &signals));
+        throwOn(posix_spawnattr_setsigdefault(&attributes_, &signals));
         sigemptyset(&signals);
-        require(posix_spawnattr_setsigmask(&attributes_, &signals));
-        require(posix_spawnattr_setflags(
+        throwOn(posix_spawnattr_setsigmask(&attributes_, &signals));
+        throwOn(posix_spawnattr_setflags(
             &attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID));
     }
     ~Detachment() {
@@ -118,7 +118,7 @@ class Detachment {
         std::string pathVariable = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
         const std::array<char*, 2> environment = {pathVariable.data(), nullptr};
         pid_t process = 0;
-        require(posix_spawn(
+        throwOn(posix_spawn(
             &process, path.c_str(), &actions_, &attributes_, arguments.data(), environment.data()));
         return process;
     }

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "command/document/bytes.h"
+
 namespace zamofw {
 namespace {
 
@@ -245,10 +247,6 @@ bool isAscii(const std::string& text) {
         bits |= static_cast<unsigned char>(byte);
     }
     return bits < 0x80U;
-}
-
-bool continuesCharacter(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
 }  // namespace

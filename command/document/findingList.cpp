@@ -4,20 +4,13 @@
 #include <array>
 #include <cstdio>
 
+#include "command/document/bytes.h"
 #include "command/words/suggestion.h"
 
 namespace zamofw {
 namespace {
 
 constexpr std::size_t kLongestQuote = 60;
-
-bool continuesCharacter(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
-bool isControl(char byte) {
-    return static_cast<unsigned char>(byte) < 0x20U || byte == 0x7F;
-}
 
 // Moves a place forward through the text.
 class Cursor {

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 
+#include "command/document/bytes.h"
+
 namespace zamofw {
 namespace {
-
-bool isControl(char character) {
-    return static_cast<unsigned char>(character) < 0x20U || character == 0x7F;
-}
 
 std::optional<Fault> blankFault(const std::string& what, std::string_view text) {
     if (text.find(' ') != std::string_view::npos) {

@@ -17,7 +17,7 @@ namespace {
 constexpr std::string_view kVariable = "SSH_CONNECTION=";
 // More than any chain of processes that leads to a person.
 constexpr std::size_t kMostAncestors = 256;
-constexpr std::size_t kLongestText = 256;
+constexpr std::size_t kLongestConnection = 256;
 
 // They run a command for another user, often in a session and a terminal of its own.
 constexpr std::array<const char*, 6> kWrappers = {
@@ -73,7 +73,7 @@ std::optional<std::string> variableOf(const Process& process) {
     std::ifstream file("/proc/" + std::to_string(process.id) + "/environ", std::ios::binary);
     for (std::string entry; std::getline(file, entry, '\0');) {
         if (std::string_view(entry).substr(0, kVariable.size()) == kVariable) {
-            return entry.substr(kVariable.size(), kLongestText);
+            return entry.substr(kVariable.size(), kLongestConnection);
         }
     }
     return std::nullopt;

@@ -53,6 +53,10 @@ posix::Descriptor openPrivateDirectory(const char* base, std::initializer_list<c
     return directory;
 }
 
+posix::Descriptor openStateDirectory() {
+    return openPrivateDirectory("/var/lib", {"zamofw"});
+}
+
 posix::Descriptor openPrivateFile(const posix::Descriptor& directory,
                                   const std::string& name,
                                   int flags) {

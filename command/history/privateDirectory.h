@@ -16,6 +16,9 @@ namespace zamofw {
 [[nodiscard]] posix::Descriptor openPrivateDirectory(const char* base,
                                                      std::initializer_list<const char*> names);
 
+// /var/lib/zamofw.
+[[nodiscard]] posix::Descriptor openStateDirectory();
+
 // Opens root's own plain file in it, made with mode 0600 where `flags` say so. Empty, with errno
 // set, on failure.
 [[nodiscard]] posix::Descriptor openPrivateFile(const posix::Descriptor& directory,

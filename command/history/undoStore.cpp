@@ -19,13 +19,12 @@ namespace zamofw {
 namespace {
 
 constexpr std::size_t kMostSnapshots = 20;
-constexpr const char* kBase = "/var/lib";
-constexpr const char* kPath = "/var/lib/zamofw/undo/";
+constexpr const char* kUndoPath = "/var/lib/zamofw/undo/";
 constexpr const char* kExtension = ".json";
 constexpr std::uint64_t kLargestNumber = 1000000000000;
 
 posix::Descriptor openStore() {
-    return openPrivateDirectory(kBase, {"zamofw", "undo"});
+    return openPrivateDirectory("/var/lib", {"zamofw", "undo"});
 }
 
 std::string fileName(std::uint64_t number) {
@@ -36,7 +35,7 @@ std::string fileName(std::uint64_t number) {
 std::vector<std::uint64_t> numbers() {
     std::vector<std::uint64_t> found;
     std::error_code error;
-    for (std::filesystem::directory_iterator entry(kPath, error);
+    for (std::filesystem::directory_iterator entry(kUndoPath, error);
          !error && entry != std::filesystem::directory_iterator();
          entry.increment(error)) {
         const auto number = numberFromText(entry->path().stem(), kLargestNumber);
@@ -111,12 +110,12 @@ std::optional<Snapshot> newestSnapshot() {
     }
     const posix::Descriptor store = openStore();
     if (!store) {
-        failed(std::string(kPath) + " cannot be used: " + std::strerror(errno),
+        failed(std::string(kUndoPath) + " cannot be used: " + std::strerror(errno),
                "it must be a directory that root alone may write to");
     }
     Snapshot snapshot;
     snapshot.number = kept.back();
-    const std::string path = kPath + fileName(snapshot.number);
+    const std::string path = kUndoPath + fileName(snapshot.number);
     if (!parse(readText(path), snapshot)) {
         failed(path + " does not hold what was there before a change",
                "remove the file to go on with the change before it");

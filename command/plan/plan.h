@@ -16,6 +16,9 @@
 
 namespace zamofw {
 
+// Below this, nobody waits for long enough to wonder.
+constexpr std::size_t kManyLines = 2000;
+
 // The command list that the library would run for this profile, established connections accepted.
 // Made of the translator's pieces, one rule at a time, so that each line's rule is known, and
 // without a start of the network tool per rule: it is asked once per adapter, and only on a machine

@@ -23,10 +23,10 @@ constexpr std::size_t kMostAddresses = 4;
 
 constexpr analysis::Number kLastPort = 65535;
 
-using Cells = std::vector<Reach>;
+using Reaches = std::vector<Reach>;
 // By family, IPv4 first. Sources that no picture tells apart are in one entry.
 using Sources = std::array<Intervals, 2>;
-using Rows = std::map<Cells, Sources>;
+using Rows = std::map<Reaches, Sources>;
 
 constexpr std::array<int, 2> kFamilies = {4, 6};
 
@@ -166,7 +166,7 @@ std::vector<Way> waysOf(const std::vector<SourceClass>& classes,
     std::vector<std::string> interfaces;
     std::map<std::string, std::array<Rows, 2>> rows;
     for (const SourceClass& entry : classes) {
-        Cells cells;
+        Reaches cells;
         for (const Service& service : services) {
             cells.push_back(reachOf(entry, service.traffic));
         }
@@ -230,7 +230,7 @@ long double shareOf(const Sources& sources) {
 }
 
 // The cells of those who have most of a family's addresses.
-const Cells& largestOf(const Rows& rows, std::size_t family) {
+const Reaches& largestOf(const Rows& rows, std::size_t family) {
     const auto shareIn = [family](const Sources& sources) {
         Sources one;
         one[family] = sources[family];
@@ -308,7 +308,7 @@ void foldRows(std::vector<OpenRow>& rows) {
 }
 
 MatrixGroup groupOf(const Way& way) {
-    const std::array<Cells, 2> largest = {largestOf(way.rows, 0), largestOf(way.rows, 1)};
+    const std::array<Reaches, 2> largest = {largestOf(way.rows, 0), largestOf(way.rows, 1)};
     std::vector<OpenRow> rows;
     for (const auto& [cells, sources] : way.rows) {
         OpenRow open;

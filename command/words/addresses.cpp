@@ -11,14 +11,14 @@
 namespace zamofw {
 namespace {
 
-constexpr const char* kForms =
+constexpr const char* kAddressForms =
     "an address is written as 192.168.1.5, 192.168.1.0/24, 192.168.1.0/255.255.255.0, "
     "192.168.1.5-192.168.1.9 or any; IPv6 in the same forms";
 
 Address addressFromText(const std::string& word, const std::string& text, const std::string& part) {
     const std::optional<Address> address = parseAddress(part);
     if (!address) {
-        wrongValue(word, text, shown(part) + " is no address", kForms);
+        wrongValue(word, text, shown(part) + " is no address", kAddressForms);
     }
     return *address;
 }
@@ -62,7 +62,7 @@ void checkPrefix(const std::string& word,
                text,
                shown(prefix) + " is neither a prefix length of " + familyName(family) + " (0 to " +
                    std::to_string(longest) + ") nor a mask",
-               kForms);
+               kAddressForms);
 }
 
 Addresses subnetFromText(const std::string& word, const std::string& text, std::size_t slash) {

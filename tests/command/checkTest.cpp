@@ -50,7 +50,7 @@ Marked readMarks(const std::string& text) {
 using Texts = std::vector<std::string>;
 
 // Each finding as "PLACE LETTER KIND POINTER", the letter being E or W.
-Texts shown(const Findings& findings) {
+Texts listed(const Findings& findings) {
     Texts texts;
     for (const Finding& finding : findings) {
         texts.push_back(std::to_string(finding.line) + ':' + std::to_string(finding.column) +
@@ -71,7 +71,7 @@ void expectFindings(Check check, const std::string& text, const Texts& findings)
     for (std::size_t i = 0; i < findings.size(); ++i) {
         expected.push_back(marked.places[i] + ' ' + findings[i]);
     }
-    EXPECT_EQ(shown(check(readDocument(marked.text, "home.json"), context())), expected) << text;
+    EXPECT_EQ(listed(check(readDocument(marked.text, "home.json"), context())), expected) << text;
 }
 
 // A profile with this rule, which is sound in what it leaves out.

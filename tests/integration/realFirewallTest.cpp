@@ -62,6 +62,7 @@ class RealFirewall : public testing::Test {
     // Runs all of them at the same time, in processes of their own.
     static void expectSuccess(const std::vector<std::function<bool()>>& actions) {
         std::vector<pid_t> processes;
+        processes.reserve(actions.size());
         for (const auto& action : actions) {
             processes.push_back(test::startProcess([&action] { return action() ? 0 : 1; }));
         }

@@ -24,7 +24,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-constexpr const char* kLocks = "/run/lock/firewall/";
+constexpr const char* kLockFiles = "/run/lock/firewall/";
 constexpr long kLockSeconds = 30;
 
 const std::string kFirst = std::string(test::kStore) + "1.json";
@@ -129,7 +129,7 @@ TEST_F(SharedFiles, StayWholeAmongProcessesAndThreadsThatLeaveNothingBehind) {
     Lines names = storedNames();
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (Lines{"", "home", "office", "shared"}));
-    EXPECT_EQ(test::namesIn(kLocks).size(), names.size());
+    EXPECT_EQ(test::namesIn(kLockFiles).size(), names.size());
 }
 
 TEST_F(SharedFiles, AreReadAndWrittenByOneThreadAtATime) {
@@ -254,7 +254,7 @@ TEST_F(BusyFiles, LoseTheirLockFileWithThemUnlessAnotherProcessHoldsIt) {
     EXPECT_FALSE(FW::jsonFileLoad(value, kSecond));
     EXPECT_EQ(log_.take(), Lines{"utils: Failed to open json file " + kSecond});
     EXPECT_FALSE(FW::jsonFileDump(value, kSecond + "/no/directory.json"));
-    EXPECT_EQ(test::namesIn(kLocks), (Lines{"1.json.lock", "firewall_settings.json.lock"}));
+    EXPECT_EQ(test::namesIn(kLockFiles), (Lines{"1.json.lock", "firewall_settings.json.lock"}));
 }
 
 TEST_F(BusyFiles, AreNotTakenForMissingWithoutADescriptor) {

@@ -43,8 +43,8 @@ namespace {
 using Lines = std::vector<std::string>;
 
 const std::string kPath = std::string(test::kStore) + "a.json";
-const std::string kLocks = "/run/lock/firewall";
-const std::string kLock = kLocks + "/a.json.lock";
+const std::string kLockDirectory = "/run/lock/firewall";
+const std::string kLock = kLockDirectory + "/a.json.lock";
 
 class JsonFiles : public testing::Test {
   protected:
@@ -88,16 +88,16 @@ TEST_F(JsonFiles, StayAsTheyWereWhenTheNewOneCannotBeWrittenWhole) {
 
 TEST_F(JsonFiles, HaveLockFilesNamedAfterThem) {
     EXPECT_EQ(FW::getLockFile("/a/b/x.json"), "/var/lock/firewall/x.json.lock");
-    EXPECT_TRUE(test::exists(kLocks + "/x.json.lock"));
+    EXPECT_TRUE(test::exists(kLockDirectory + "/x.json.lock"));
     EXPECT_EQ(FW::getLockFile("/" + std::string(1012, 'd') + "/123456789012"),
               "/var/lock/firewall/123456789.lock");
     EXPECT_EQ(log_.take(), Lines{});
 
-    ASSERT_EQ(mount("ro", kLocks.c_str(), "tmpfs", MS_RDONLY, ""), 0);
+    ASSERT_EQ(mount("ro", kLockDirectory.c_str(), "tmpfs", MS_RDONLY, ""), 0);
     EXPECT_EQ(FW::getLockFile("x.json"), "/tmp/x.json.lock");
-    EXPECT_EQ(umount(kLocks.c_str()), 0);
-    fs::remove_all(kLocks);
-    test::writeFile(kLocks, "");
+    EXPECT_EQ(umount(kLockDirectory.c_str()), 0);
+    fs::remove_all(kLockDirectory);
+    test::writeFile(kLockDirectory, "");
     EXPECT_EQ(FW::getLockFile("x.json"), "/tmp/x.json.lock");
     EXPECT_EQ(log_.take(), (Lines{"debug utils: Failed to create path: Read-only file system",
                                   "debug utils: Failed to create path: Not a directory"}));
@@ -112,9 +112,9 @@ struct stat statusOf(const std::string& path) {
 // Neither the directory nor what is in it may be used by others.
 void expectSafeLock() {
     EXPECT_TRUE(FW::jsonFileDump(1, kPath));
-    EXPECT_TRUE(S_ISDIR(statusOf(kLocks).st_mode));
-    EXPECT_EQ(statusOf(kLocks).st_mode & 07U, 0U);
-    EXPECT_EQ(statusOf(kLocks).st_uid, 0U);
+    EXPECT_TRUE(S_ISDIR(statusOf(kLockDirectory).st_mode));
+    EXPECT_EQ(statusOf(kLockDirectory).st_mode & 07U, 0U);
+    EXPECT_EQ(statusOf(kLockDirectory).st_uid, 0U);
     EXPECT_EQ(statusOf(kLock).st_mode, S_IFREG | 0600U);
     EXPECT_EQ(statusOf(kLock).st_uid, 0U);
     EXPECT_FALSE(test::exists("/tmp/a.json.lock"));
@@ -127,17 +127,17 @@ TEST_F(JsonFiles, AreLockedSafelyWhereOtherUsersMayHaveBeenFirst) {
     fs::create_directory(elsewhere);
     std::vector<std::function<void()>> intrusions = {
         [] {},
-        [] { chmod(kLocks.c_str(), 0777); },
+        [] { chmod(kLockDirectory.c_str(), 0777); },
         [] { test::writeFile(kLock, "", 0666); },
         [&] { fs::create_symlink(target, kLock); },
         [&] { fs::create_hard_link(target, kLock); },
         [] { EXPECT_EQ(mkfifo(kLock.c_str(), 0600), 0); },
         [&] {
-            fs::remove_all(kLocks);
-            fs::create_directory_symlink(elsewhere, kLocks);
+            fs::remove_all(kLockDirectory);
+            fs::create_directory_symlink(elsewhere, kLockDirectory);
         }};
     if (test::canChangeOwners()) {
-        for (const std::string& path : {kLocks, kLock}) {
+        for (const std::string& path : {kLockDirectory, kLock}) {
             intrusions.emplace_back([path] {
                 test::writeFile(kLock, "");
                 EXPECT_EQ(chown(path.c_str(), 1234, 1234), 0);
@@ -146,7 +146,7 @@ TEST_F(JsonFiles, AreLockedSafelyWhereOtherUsersMayHaveBeenFirst) {
     }
     for (std::size_t i = 0; i < intrusions.size(); ++i) {
         SCOPED_TRACE(i);
-        fs::remove_all(kLocks);
+        fs::remove_all(kLockDirectory);
         (void)FW::getLockFile("other.json");
         intrusions[i]();
         EXPECT_EQ(FW::getLockFile(kPath), "/var/lock/firewall/a.json.lock");
