@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <boost/functional/hash.hpp>
+#include <boost/iterator/function_output_iterator.hpp>
 #include <iterator>
+#include <map>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -41,9 +43,38 @@ struct StateHash {
     }
 };
 
-// Groups of each dimension. An empty set stands for all of them.
+// Sets of groups, each known by a number: what many differences share is stored, compared and
+// copied once. 0 is the set of all groups, and empty.
+class SetPool {
+  public:
+    SetPool() { (void)numberOf({}); }
+
+    [[nodiscard]] std::size_t numberOf(Bits set) {
+        const auto [entry, isNew] = numbers_.try_emplace(std::move(set), sets_.size());
+        if (isNew) {
+            sets_.push_back(&entry->first);
+        }
+        return entry->second;
+    }
+    [[nodiscard]] const Bits& operator[](std::size_t number) const { return *sets_[number]; }
+
+  private:
+    struct Hash {
+        std::size_t operator()(const Bits& set) const {
+            std::size_t hash = 0;
+            boost::to_block_range(set, boost::make_function_output_iterator([&hash](Word word) {
+                                      boost::hash_combine(hash, word);
+                                  }));
+            return hash;
+        }
+    };
+
+    std::unordered_map<Bits, std::size_t, Hash> numbers_;
+    std::vector<const Bits*> sets_;
+};
+
 struct GroupDifference {
-    std::array<Bits, kFreeAxes> part;
+    std::array<std::size_t, kFreeAxes> part = {};  // a set of groups of each dimension
     bool isAllowedAfter = false;
 };
 bool operator==(const GroupDifference& one, const GroupDifference& other) {
@@ -51,18 +82,11 @@ bool operator==(const GroupDifference& one, const GroupDifference& other) {
 }
 struct DifferenceHash {
     std::size_t operator()(const GroupDifference& difference) const {
-        std::size_t hash = 0;
-        boost::hash_combine(hash, difference.isAllowedAfter);
-        for (const Bits& groups : difference.part) {
-            boost::hash_combine(hash, boost::hash_value(groups));
-        }
+        std::size_t hash = difference.isAllowedAfter ? 1 : 0;
+        boost::hash_range(hash, difference.part.begin(), difference.part.end());
         return hash;
     }
 };
-
-std::size_t lastBitOf(Word word) {
-    return kWordBits - 1 - static_cast<std::size_t>(__builtin_clzll(word));
-}
 
 std::size_t bitCount(Word word) {
     return static_cast<std::size_t>(__builtin_popcountll(word));
@@ -98,6 +122,8 @@ class SliceComparison {
         }
         return found;
     }
+
+    [[nodiscard]] const SetPool& setsOn(std::size_t axis) const { return sets_[axis]; }
 
   private:
     // A state, and the groups of a dimension that leave it.
@@ -203,14 +229,14 @@ class SliceComparison {
         return allowed;
     }
 
-    void appendOn(std::size_t axis, const State& state, std::vector<GroupDifference>& found) const {
+    void appendOn(std::size_t axis, const State& state, std::vector<GroupDifference>& found) {
         const Bits before = allowedOn(axis, state.before, state.isAllowedBefore);
         const Bits after = allowedOn(axis, state.after, state.isAllowedAfter);
         for (const bool isAllowedAfter : {true, false}) {
             Bits groups = isAllowedAfter ? after - before : before - after;
             if (groups.any()) {
                 found.emplace_back();
-                found.back().part[axis] = std::move(groups);
+                found.back().part[axis] = sets_[axis].numberOf(std::move(groups));
                 found.back().isAllowedAfter = isAllowedAfter;
             }
         }
@@ -280,18 +306,18 @@ class SliceComparison {
         for (const auto& [piece, groups] : pieces) {
             std::vector<GroupDifference> parts;
             append(*piece, parts);
-            for (GroupDifference& part : parts) {
+            for (const GroupDifference& part : parts) {
                 const auto [entry, isNew] = indexOf.try_emplace(part, shares.size());
                 if (isNew) {
-                    shares.emplace_back(std::move(part), groups);
+                    shares.emplace_back(part, groups);
                 } else {
                     shares[entry->second].second |= groups;
                 }
             }
         }
         for (auto& [difference, groups] : shares) {
-            difference.part[axis] = std::move(groups);
-            found.push_back(std::move(difference));
+            difference.part[axis] = sets_[axis].numberOf(std::move(groups));
+            found.push_back(difference);
         }
     }
 
@@ -299,6 +325,7 @@ class SliceComparison {
     std::size_t& stepsLeft_;
     std::array<BoxMask, 1U << kFreeAxes> uncut_;  // by fixed dimensions: who holds all others
     std::unordered_map<State, std::vector<GroupDifference>, StateHash> known_;
+    std::array<SetPool, kFreeAxes> sets_;
 };
 
 std::vector<std::string> textsOf(const BoxSpace& space, const BoxSpace::List& list) {
@@ -329,19 +356,27 @@ Comparison::Comparison(const BoxSpace& space, std::size_t& stepsLeft)
     }
 }
 
-std::vector<Difference> Comparison::compare(const BoxMask& mask) {
+Differences Comparison::compare(const BoxMask& mask) {
     std::vector<ListedBox> boxes;
     std::copy_if(
         boxes_.begin(), boxes_.end(), std::back_inserter(boxes), [&](const ListedBox& listed) {
             return (mask[listed.box / kWordBits] & bitOf(listed.box)) != 0;
         });
     const Slice slice(space_, boxes);
-    std::vector<Difference> found;
-    for (const GroupDifference& difference : SliceComparison(slice, stepsLeft_).compare()) {
-        found.emplace_back();
-        found.back().isAllowedAfter = difference.isAllowedAfter;
+    SliceComparison comparison(slice, stepsLeft_);
+    Differences found;
+    std::array<std::map<std::size_t, std::size_t>, kFreeAxes> numbers;  // of the sets in use
+    for (const GroupDifference& difference : comparison.compare()) {
+        Difference& added = found.list.emplace_back();
+        added.isAllowedAfter = difference.isAllowedAfter;
         for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
-            found.back().part[axis] = slice.classesOf(axis, difference.part[axis]);
+            const std::size_t set = difference.part[axis];
+            std::vector<Bits>& classes = found.classes[axis];
+            const auto [entry, isNew] = numbers[axis].try_emplace(set, classes.size());
+            if (isNew) {
+                classes.push_back(slice.classesOf(axis, comparison.setsOn(axis)[set]));
+            }
+            added.part[axis] = entry->second;
         }
     }
     return found;

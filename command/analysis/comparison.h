@@ -11,10 +11,14 @@
 
 namespace zamofw::analysis {
 
-// Classes of the dimensions that are not fixed, in the order of kFree.
+// Those that are not fixed are in the order of kFree in these.
 struct Difference {
-    std::array<Bits, kFreeAxes> part;
+    std::array<std::size_t, kFreeAxes> part;  // indexes in Differences::classes
     bool isAllowedAfter;
+};
+struct Differences {
+    std::array<std::vector<Bits>, kFreeAxes> classes;  // each set once, since many share it
+    std::vector<Difference> list;
 };
 
 class Comparison {
@@ -23,7 +27,7 @@ class Comparison {
     Comparison(const BoxSpace& space, std::size_t& stepsLeft);
 
     // The differences among the boxes of a mask. Throws Failure when no step is left.
-    [[nodiscard]] std::vector<Difference> compare(const BoxMask& mask);
+    [[nodiscard]] Differences compare(const BoxMask& mask);
 
   private:
     const BoxSpace& space_;

@@ -30,9 +30,7 @@ class FamilyDifference {
             keepAt(kProtocol, protocol.number, mask);
             const auto [known, isNew] = changes_.try_emplace(mask);
             if (isNew) {
-                for (const Difference& difference : comparison_.compare(mask)) {
-                    known->second.push_back(changeOf(difference));
-                }
+                known->second = changesOf(comparison_.compare(mask));
             }
             for (const Change& change : known->second) {
                 changes.push_back(change);
@@ -50,27 +48,50 @@ class FamilyDifference {
         }
     }
 
-    [[nodiscard]] std::optional<Intervals> numbersUnlessAll(const Bits& classes, Axis axis) const {
-        return classes.all() ? std::nullopt : std::optional(space_.axis(axis).numbersIn(classes));
+    // The numbers of a dimension that a set of classes stands for, and one of them.
+    struct Numbers {
+        SharedIntervals all;
+        SharedIntervals unlessAll;
+        Number example;
+    };
+
+    [[nodiscard]] std::vector<Numbers> numbersOf(const std::vector<Bits>& sets, Axis axis) const {
+        const Dimension& dimension = space_.axis(axis);
+        std::vector<Numbers> numbers;
+        numbers.reserve(sets.size());
+        for (const Bits& set : sets) {
+            const auto all = std::make_shared<const Intervals>(dimension.numbersIn(set));
+            numbers.push_back(
+                {all, set.all() ? nullptr : all, dimension.numberIn(set.find_first())});
+        }
+        return numbers;
     }
 
     // Packets that go any way and have any protocol.
-    [[nodiscard]] Change changeOf(const Difference& difference) const {
-        Change change;
-        change.isAllowedAfter = difference.isAllowedAfter;
-        change.family = space_.family();
-        const auto& [sources, destinations, sourcePorts, ports] = difference.part;
-        change.sources = space_.axis(kSource).numbersIn(sources);
-        change.destinations = numbersUnlessAll(destinations, kDestination);
-        change.sourcePorts = numbersUnlessAll(sourcePorts, kSourcePort);
-        change.ports = space_.axis(kPort).numbersIn(ports);
-        Packet& witness = change.witness;
-        witness.family = change.family;
-        witness.source = space_.axis(kSource).numberIn(sources.find_first());
-        witness.destination = space_.axis(kDestination).numberIn(destinations.find_first());
-        witness.sourcePort = space_.axis(kSourcePort).numberIn(sourcePorts.find_first());
-        witness.port = space_.axis(kPort).numberIn(ports.find_first());
-        return change;
+    [[nodiscard]] std::vector<Change> changesOf(const Differences& differences) const {
+        std::array<std::vector<Numbers>, kFreeAxes> numbers;
+        for (std::size_t axis = 0; axis < kFreeAxes; ++axis) {
+            numbers[axis] = numbersOf(differences.classes[axis], kFree[axis]);
+        }
+        std::vector<Change> changes;
+        changes.reserve(differences.list.size());
+        for (const Difference& difference : differences.list) {
+            const auto& [source, destination, sourcePort, port] = difference.part;
+            const auto& [sources, destinations, sourcePorts, ports] = numbers;
+            Change& change = changes.emplace_back();
+            change.isAllowedAfter = difference.isAllowedAfter;
+            change.family = space_.family();
+            change.sources = sources[source].all;
+            change.destinations = destinations[destination].unlessAll;
+            change.sourcePorts = sourcePorts[sourcePort].unlessAll;
+            change.ports = ports[port].all;
+            change.witness.family = change.family;
+            change.witness.source = sources[source].example;
+            change.witness.destination = destinations[destination].example;
+            change.witness.sourcePort = sourcePorts[sourcePort].example;
+            change.witness.port = ports[port].example;
+        }
+        return changes;
     }
 
     void place(std::size_t in,

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 #include <limits>
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,7 +14,10 @@
 
 namespace zamofw::analysis {
 
-// A set of packets: what is not there is every one.
+// Shared by changes, which can be tens of thousands.
+using SharedIntervals = std::shared_ptr<const Intervals>;
+
+// A set of packets: what is null is every one.
 struct Change {
     bool isAllowedAfter = false;  // and not before, or the other way round
     std::string in;
@@ -22,11 +25,11 @@ struct Change {
     std::string out;  // of forwarded packets
     int family = 4;
     std::string protocol;
-    Intervals sources;
-    std::optional<Intervals> destinations;
-    std::optional<Intervals> sourcePorts;
-    std::optional<Intervals> ports;  // always there for TCP and UDP
-    Packet witness;                  // one of them
+    SharedIntervals sources;  // never null
+    SharedIntervals destinations;
+    SharedIntervals sourcePorts;
+    SharedIntervals ports;  // never null for TCP and UDP
+    Packet witness;         // one of them
 };
 
 // Profiles that have little in common differ in more ways than anybody reads, and finding them

@@ -25,6 +25,10 @@ using BoxMask = std::vector<Word>;
     return static_cast<std::size_t>(__builtin_ctzll(word));
 }
 
+[[nodiscard]] inline std::size_t lastBitOf(Word word) {
+    return kWordBits - 1 - static_cast<std::size_t>(__builtin_clzll(word));
+}
+
 class Dimension {
   public:
     // `sets` are the sets that the boxes use, the first being null for every number; `setOfBox` has

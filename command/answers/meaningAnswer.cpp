@@ -1,16 +1,19 @@
 #include "command/answers/meaningAnswer.h"
 
+#include <json/reader.h>
+
 #include <limits>
 #include <map>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
 
 #include "command/analysis/difference.h"
+#include "command/answers/changeJson.h"
 #include "command/answers/meaning.h"
-#include "command/jsonLine.h"
 #include "command/words/quoting.h"
 
 namespace zamofw {
@@ -18,31 +21,6 @@ namespace {
 
 using analysis::Change;
 using analysis::Hook;
-
-Json::Value toJson(const Change& change) {
-    Json::Value json;
-    json["from"] = verdictName(!change.isAllowedAfter);
-    json["to"] = verdictName(change.isAllowedAfter);
-    json["adapter"] = change.in;
-    json["hook"] = hookName(change.hook);
-    if (change.hook == Hook::kForward) {
-        json["out"] = change.out;
-    }
-    json["family"] = change.family;
-    json["protocol"] = change.protocol;
-    json["sources"] = addressesJson(change.sources, change.family);
-    if (change.destinations) {
-        json["destinations"] = addressesJson(*change.destinations, change.family);
-    }
-    if (change.sourcePorts) {
-        json["source_ports"] = portsJson(*change.sourcePorts);
-    }
-    if (change.ports) {
-        json["ports"] = portsJson(*change.ports);
-    }
-    json["witness"] = packetJson(change.witness, change.protocol);
-    return json;
-}
 
 std::string wayText(const Change& change) {
     const auto name = [](const std::string& interface) {
@@ -64,7 +42,7 @@ struct ChangeLine {
 ChangeLine lineOf(const Change& change) {
     ChangeLine line = {change.isAllowedAfter,
                        change.protocol,
-                       "from " + addressesText(change.sources, change.family),
+                       "from " + addressesText(*change.sources, change.family),
                        wayText(change),
                        "IPv" + std::to_string(change.family)};
     const analysis::Intervals everyPort = {{0, 65535}};
@@ -119,27 +97,6 @@ std::string toText(const ChangeLine& line) {
            line.whom + " (" + line.family + ") " + line.ways + "\n";
 }
 
-Json::Value toJson(const std::vector<Change>& changes) {
-    Json::Value json(Json::arrayValue);
-    for (const Change& change : changes) {
-        json.append(toJson(change));
-    }
-    return json;
-}
-
-// One after the other: a document of all of them would take more memory than the comparison.
-void writeJson(const std::vector<Change>& changes, std::ostream& out) {
-    JsonLineWriter writer;
-    out << "{\"changes\":[";
-    const char* separator = "";
-    for (const Change& change : changes) {
-        out << separator;
-        writer.write(toJson(change), out);
-        separator = ",";
-    }
-    out << "]}\n";
-}
-
 std::string toText(const std::vector<Change>& changes, std::size_t most) {
     const std::vector<ChangeLine> lines = linesOf(changes);
     std::string text;
@@ -178,7 +135,10 @@ std::string meaningText(const FW::FWPROFILE& before, const FW::FWPROFILE& after)
 }
 
 Json::Value meaningJson(const FW::FWPROFILE& before, const FW::FWPROFILE& after) try {
-    return toJson(changesInMeaning(before, after, analysis::kFewSteps));
+    std::ostringstream text;
+    writeChanges(changesInMeaning(before, after, analysis::kFewSteps), text);
+    Json::Value json;
+    return Json::Reader().parse(text.str(), json) ? json : Json::Value();
 } catch (const Failure&) {
     return {};
 }
@@ -195,7 +155,9 @@ Status meaningAnswer(const Console& console, const DiffRequest& request) {
     const std::vector<Change> changes =
         changesInMeaning(profileOf(targets[0]), profileOf(targets[1]), analysis::kAllSteps);
     if (console.json) {
-        writeJson(changes, console.out);
+        console.out << "{\"changes\":";
+        writeChanges(changes, console.out);
+        console.out << "}\n";
     } else {
         console.out << toText(changes, std::numeric_limits<std::size_t>::max());
     }
