@@ -20,7 +20,7 @@ namespace {
 constexpr const char* kLogModule = "zamoIptablesModule";
 constexpr const char* kLoaded = "yes";
 constexpr const char* kUnloaded = "no";
-constexpr int kValueSize = 1024;
+constexpr int kNoteSize = 1024;
 constexpr int kListCapacity = 1024;
 constexpr int kExclusive = 1;
 constexpr int kLockSeconds = 30;
@@ -154,8 +154,8 @@ bool ZAMO_IPTABLES_MODULES::isModuleLoad(const std::string& service) {
     if (VLIBCFileExist(kModuleNoteFile) == 0) {
         return false;
     }
-    std::array<char, kValueSize> value = {};
-    if (VLIBCFileGetKeyValue(kModuleNoteFile, service.c_str(), value.data(), kValueSize, 0) < 0) {
+    std::array<char, kNoteSize> value = {};
+    if (VLIBCFileGetKeyValue(kModuleNoteFile, service.c_str(), value.data(), kNoteSize, 0) < 0) {
         return FW_FAILURE("failed to get key %s from file %s[0x%04X %s:%d]",
                           kModuleNoteFile,
                           service.c_str(),

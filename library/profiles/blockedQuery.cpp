@@ -11,8 +11,6 @@ namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "zamoFW";
-constexpr std::int32_t kSource = 1;
-constexpr std::int32_t kDestination = 0;
 
 using Answers = std::map<std::string, FW_POLICY>;
 
@@ -179,8 +177,8 @@ bool ZAMOFW::fwServIsBlocked(const std::string& service,
         return FW_FAILURE("Failed to servToPorts()");
     }
     std::vector<PortCompareST> queries;
-    appendQueries(kSource, ports.srcPorts, queries);
-    appendQueries(kDestination, ports.dstPorts, queries);
+    appendQueries(kSourcePort, ports.srcPorts, queries);
+    appendQueries(kDestinationPort, ports.dstPorts, queries);
     Query query = {adapter, RuleMatcher(lookupIn(*this)), {}};
     for (const PortCompareST& port : queries) {
         Answers partial;

@@ -9,8 +9,6 @@ namespace FW {
 namespace {
 
 constexpr const char* kLogModule = "zamoFW";
-constexpr std::int32_t kSource = 1;
-constexpr std::int32_t kDestination = 0;
 
 long number(const std::string& digits) {
     return std::strtol(digits.c_str(), nullptr, 10);
@@ -120,8 +118,8 @@ const RuleMatcher::Ports* RuleMatcher::portsOfServices(const std::vector<std::st
         return nullptr;
     }
     Ports& ports = services_[services];
-    appendPorts(kSource, servicePorts.srcPorts, ports);
-    appendPorts(kDestination, servicePorts.dstPorts, ports);
+    appendPorts(kSourcePort, servicePorts.srcPorts, ports);
+    appendPorts(kDestinationPort, servicePorts.dstPorts, ports);
     return &ports;
 }
 

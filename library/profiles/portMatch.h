@@ -22,6 +22,10 @@ struct PortRange {
 // "22" or "6000-6010". Text that is no number counts as 0, and a range may be backwards.
 [[nodiscard]] PortRange portRangeParse(const std::string& text);
 
+// The kinds of port that a query and the lists of services tell apart.
+constexpr std::int32_t kDestinationPort = 0;
+constexpr std::int32_t kSourcePort = 1;
+
 // The port that a query asks about.
 struct PortQuery {
     std::int32_t portDirect;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* kLogModule = "fwDB";
 // Each time another process must have made, renamed or deleted the very file that was meant.
-constexpr int kMaxAttempts = 10;
+constexpr int kMaxDumps = 10;
 
 bool fileExists(const std::string& path) {
     return access(path.c_str(), F_OK) == 0;
@@ -156,7 +156,7 @@ bool readProfiles(ProfileIndex& index, ProfileMap& profiles) {
 
 bool storeDocument(Documents& documents, const std::string& name, const Json::Value& document) {
     DumpResult result = DumpResult::kRefused;
-    for (int i = 0; i < kMaxAttempts && result == DumpResult::kRefused; ++i) {
+    for (int i = 0; i < kMaxDumps && result == DumpResult::kRefused; ++i) {
         ProfileIndex index(documents);
         if (!index.buildForUse() || !isUtf8(name)) {
             return false;

@@ -17,17 +17,12 @@
 #include "platform/serviceconf/serviceFile.h"
 #include "posix/file.h"
 
-namespace {
-
-struct CatalogueEntry {
-    zamo::Service service;
-    ZAMOFwService record = {};  // points into the service and to the entry's key
-};
-
-}  // namespace
-
 struct ZAMOFwServiceList {
-    std::map<std::string, CatalogueEntry, std::less<>> entries;
+    struct Entry {
+        zamo::Service service;
+        ZAMOFwService record = {};  // points into the service and to the entry's key
+    };
+    std::map<std::string, Entry, std::less<>> entries;
 };
 
 namespace {
@@ -73,7 +68,7 @@ void addService(const std::string& name,
                 ZAMOFwServiceList& catalogue) try {
     zamo::Service service = zamo::readServiceFile(path);
     const auto position = catalogue.entries.try_emplace(name).first;
-    CatalogueEntry& entry = position->second;
+    ZAMOFwServiceList::Entry& entry = position->second;
     entry.service = std::move(service);
     entry.record.name = position->first.c_str();
     entry.record.valid = entry.service.enabled ? 1 : 0;
