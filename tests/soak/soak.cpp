@@ -38,7 +38,7 @@ constexpr std::size_t kMostGrowth = 256U << 10U;
 
 int seconds() {
     const char* const given = std::getenv("SOAK_SECONDS");
-    return given == nullptr ? 50 : std::atoi(given);
+    return given == nullptr ? 60 : std::atoi(given);
 }
 
 // All rules say the same generation, so that a profile that is put together from two shows.
