@@ -43,8 +43,8 @@ struct StateHash {
     }
 };
 
-// Sets of groups, each known by a number: what many differences share is stored, compared and
-// copied once. 0 is the set of all groups, and empty.
+// Sets of groups, each with a number: what many differences share is stored and compared once.
+// Number 0 is the empty set, which stands for all groups.
 class SetPool {
   public:
     SetPool() { (void)numberOf({}); }

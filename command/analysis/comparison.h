@@ -11,7 +11,7 @@
 
 namespace zamofw::analysis {
 
-// Those that are not fixed are in the order of kFree in these.
+// The dimensions of these are the free ones, in the order of kFree.
 struct Difference {
     std::array<std::size_t, kFreeAxes> part;  // indexes in Differences::classes
     bool isAllowedAfter;

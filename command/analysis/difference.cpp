@@ -1,5 +1,6 @@
 #include "command/analysis/difference.h"
 
+#include <array>
 #include <map>
 #include <set>
 #include <utility>
@@ -48,21 +49,23 @@ class FamilyDifference {
         }
     }
 
-    // The numbers of a dimension that a set of classes stands for, and one of them.
+    // What a set of classes stands for.
     struct Numbers {
-        SharedIntervals all;
-        SharedIntervals unlessAll;
+        SharedIntervals
+            intervals;  // null for all numbers of a dimension that a change need not say
         Number example;
     };
 
     [[nodiscard]] std::vector<Numbers> numbersOf(const std::vector<Bits>& sets, Axis axis) const {
         const Dimension& dimension = space_.axis(axis);
+        const bool isOptional = axis == kDestination || axis == kSourcePort;
         std::vector<Numbers> numbers;
         numbers.reserve(sets.size());
         for (const Bits& set : sets) {
-            const auto all = std::make_shared<const Intervals>(dimension.numbersIn(set));
-            numbers.push_back(
-                {all, set.all() ? nullptr : all, dimension.numberIn(set.find_first())});
+            numbers.push_back({isOptional && set.all()
+                                   ? nullptr
+                                   : std::make_shared<const Intervals>(dimension.numbersIn(set)),
+                               dimension.numberIn(set.find_first())});
         }
         return numbers;
     }
@@ -81,10 +84,10 @@ class FamilyDifference {
             Change& change = changes.emplace_back();
             change.isAllowedAfter = difference.isAllowedAfter;
             change.family = space_.family();
-            change.sources = sources[source].all;
-            change.destinations = destinations[destination].unlessAll;
-            change.sourcePorts = sourcePorts[sourcePort].unlessAll;
-            change.ports = ports[port].all;
+            change.sources = sources[source].intervals;
+            change.destinations = destinations[destination].intervals;
+            change.sourcePorts = sourcePorts[sourcePort].intervals;
+            change.ports = ports[port].intervals;
             change.witness.family = change.family;
             change.witness.source = sources[source].example;
             change.witness.destination = destinations[destination].example;
