@@ -109,11 +109,11 @@ std::vector<Work> worksWith(int rules) {
     const std::string before = pathOf("before", rules);
     return {{"check", {"check", before}, 0},
             {"matrix", {"matrix", before}, 0},
-            {"diff --meaning", {"diff", "--meaning", before, pathOf("after", rules)}, 1}};
+            {"diff --meaning of an edit", {"diff", "--meaning", before, pathOf("after", rules)}, 1},
+            {"diff --meaning of unrelated profiles",
+             {"diff", "--meaning", before, pathOf("other", rules)},
+             1}};
 }
-
-const Work kUnrelated = {
-    "unrelated", {"diff", "--meaning", pathOf("before", 1000), pathOf("other", 1000)}, 1};
 
 double processorTime(const Work& work) {
     std::vector<std::string> command = {COMMAND};
@@ -134,7 +134,6 @@ Times measure() {
                 times[work.name][rules].push_back(processorTime(work));
             }
         }
-        times[kUnrelated.name][1000].push_back(processorTime(kUnrelated));
     }
     return times;
 }
@@ -164,8 +163,4 @@ int main() {
     for (const Work& work : worksWith(kSizes[0])) {
         printRows(work.name, times[work.name]);
     }
-    bench::printRow("zamofw diff --meaning, unrelated profiles of 1000 rules",
-                    times[kUnrelated.name][1000],
-                    "an edit",
-                    times["diff --meaning"][1000]);
 }
