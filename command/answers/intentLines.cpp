@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "command/answers/assertAnswer.h"
+#include "command/startsWith.h"
 #include "command/words/quoting.h"
 #include "command/words/suggestion.h"
 
@@ -86,7 +87,7 @@ class IntentReader {
 
     void readWord() {
         const std::string word = words_[next_++];
-        const bool hasDashes = word.compare(0, 2, "--") == 0;
+        const bool hasDashes = startsWith(word, "--");
         const std::string name = hasDashes ? word.substr(2) : word;
         if (word == "in") {
             readInterface(word, intent_.in);

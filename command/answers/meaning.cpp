@@ -156,7 +156,8 @@ Json::Value portsJson(const Intervals& ports) {
     return list;
 }
 
-Json::Value packetJson(const analysis::Packet& packet, const std::string& protocol) {
+Json::Value placedPacketJson(const analysis::Packet& packet, const std::string& protocol) {
+    const bool isForwarded = packet.hook == analysis::Hook::kForward;
     Json::Value json;
     json["source"] = analysis::addressText(packet.source, packet.family);
     json["destination"] = analysis::addressText(packet.destination, packet.family);
@@ -165,12 +166,6 @@ Json::Value packetJson(const analysis::Packet& packet, const std::string& protoc
         json["source_port"] = plain(packet.sourcePort);
         json["port"] = plain(packet.port);
     }
-    return json;
-}
-
-Json::Value placedPacketJson(const analysis::Packet& packet, const std::string& protocol) {
-    const bool isForwarded = packet.hook == analysis::Hook::kForward;
-    Json::Value json = packetJson(packet, protocol);
     json["hook"] = hookName(packet.hook);
     json["in"] = packet.in.value_or(analysis::Interfaces::kOther);
     json["out"] = isForwarded ? Json::Value(packet.out.value_or(analysis::Interfaces::kOther))

@@ -49,10 +49,8 @@ void requireKnown(const Meaning& meaning);
 [[nodiscard]] Json::Value addressesJson(const analysis::Intervals& addresses, int family);
 [[nodiscard]] Json::Value portsJson(const analysis::Intervals& ports);
 
-// A packet as witness: {"source":A,"destination":A,"protocol":S,"source_port":N,"port":N}
-[[nodiscard]] Json::Value packetJson(const analysis::Packet& packet, const std::string& protocol);
-
-// The same with "hook", "in" and "out", null for a packet that is not forwarded.
+// A packet as witness: {"destination":A,"hook":S,"in":S,"out":S|null,"port":N,"protocol":S,
+// "source":A,"source_port":N}. Ports are those of TCP and UDP, "out" that of a forwarded packet.
 [[nodiscard]] Json::Value placedPacketJson(const analysis::Packet& packet,
                                            const std::string& protocol);
 

@@ -6,6 +6,7 @@
 #include <cctype>
 
 #include "command/console.h"
+#include "command/startsWith.h"
 #include "command/words/quoting.h"
 #include "command/words/suggestion.h"
 
@@ -26,7 +27,7 @@ std::vector<std::string> operandNames(const std::string& usage) {
     };
     names.erase(names.begin(), std::find_if_not(names.begin(), names.end(), isCommand));
     const auto isFirstOption = [](const std::string& name) {
-        return name.front() == '-' || name.compare(0, 2, "[-") == 0;
+        return name.front() == '-' || startsWith(name, "[-");
     };
     names.erase(std::find_if(names.begin(), names.end(), isFirstOption), names.end());
     return names;

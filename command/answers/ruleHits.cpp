@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "command/console.h"
+#include "command/startsWith.h"
 #include "library/model/names.h"
 
 namespace zamofw {
@@ -50,7 +51,7 @@ CountedLine parseLine(const std::string& line) {
 std::vector<CountedLine> rulesOf(const std::vector<std::string>& listing) {
     std::vector<CountedLine> rules;
     for (const std::string& line : listing) {
-        if (line.compare(0, 3, "-A ") == 0) {
+        if (startsWith(line, "-A ")) {
             rules.push_back(parseLine(line));
         }
     }

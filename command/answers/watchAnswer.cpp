@@ -3,6 +3,7 @@
 #include <json/value.h>
 
 #include <algorithm>
+#include <boost/algorithm/string/join.hpp>
 #include <exception>
 #include <ostream>
 
@@ -66,14 +67,6 @@ Known kept() {
     return state;
 }
 
-std::string joined(const std::set<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text;
-}
-
 // Nobody takes back a trial whose record cannot be read: there is no end to wait for.
 bool isTrialUnderWay() try {
     const std::optional<TrialState> trial = readTrial();
@@ -133,7 +126,8 @@ class Watch {
                                        const std::set<std::string>& changed,
                                        const ExecutionLock& lock) {
         if (known_) {
-            console_.err << "came, went or changed: " << joined(changed) << "\n";
+            console_.err << "came, went or changed: " << boost::algorithm::join(changed, ", ")
+                         << "\n";
         }
         const InForce result = putIntoForce(console_, Errors::kShow, lock);
         (void)showInForce(console_, result);

@@ -10,6 +10,8 @@
 #include <memory>
 #include <vector>
 
+#include "command/startsWith.h"
+
 namespace zamofw {
 namespace {
 
@@ -51,7 +53,7 @@ bool holdsLock(const std::string& process, const struct stat& file) {
     for (const std::string& number : openNumbers(process, file)) {
         std::ifstream facts("/proc/" + process + "/fdinfo/" + number);
         for (std::string line; std::getline(facts, line);) {
-            if (line.compare(0, 5, "lock:") == 0) {
+            if (startsWith(line, "lock:")) {
                 return true;
             }
         }
