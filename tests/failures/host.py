@@ -6,6 +6,7 @@ import subprocess
 
 STORE = "/usr/zamo/etc/firewall.d"
 SETTINGS = STORE + "/firewall_settings.json"
+LOCKS = "/var/lock/firewall"
 NOTE = "/tmp/iptables_serv_mod_list"
 DIRECTORIES = (STORE, "/var/lib/zamofw", "/var/log/zamofw", "/run/zamofw")
 CHAINS = ("INPUT_FIREWALL", "FORWARD_FIREWALL")
@@ -36,6 +37,13 @@ def _table(program):
     text = run(f"/sbin/{program}-save", "-t", "filter", check=True).stdout
     return "\n".join("".join((line.split(" [")[0]))
                      for line in text.splitlines() if not line.startswith("#")) + "\n"
+
+
+def forget_locks():
+    """Makes the n-th call the same one in each attempt. It takes one more call to make a lock file
+    than to open one, and names of new profiles are random."""
+    for path in pathlib.Path(LOCKS).glob("*"):
+        path.unlink()
 
 
 class State:

@@ -151,6 +151,7 @@ class Matrix:
         row = look(state, self.before, self.after, self.trial)
         row["says"] = "killed" if ended.status == -1 else "done" if ended.status == 0 else "failed"
         row["hung"] = ended.hung
+        row["missed"] = ended.missed(point)
         row["heals"] = self.heal(state)
         if State().digest() != self.before.digest():
             self.before.bring_back()

@@ -1,9 +1,10 @@
 """Where an operation can fail, and how it is made to fail there."""
 import os
 import pathlib
+import re
 import subprocess
 
-from host import ENVIRONMENT
+from host import ENVIRONMENT, forget_locks
 
 LOG = "/tmp/failures.log"
 COUNT_FILE = "/tmp/failures.count"
@@ -47,6 +48,12 @@ class Ended:
         self.log = log
         self.said = said
 
+    def missed(self, point):
+        """Whether another call failed than the one of the point, or none."""
+        there = [line[6:] for line in self.log.splitlines() if line.startswith("there ")]
+        return (point.cause not in ("platform", "memory")
+                and [_settled(place) for place in there] != [_settled(point.place)])
+
 
 def _words(tools, operation):
     if operation.words is None:
@@ -54,7 +61,14 @@ def _words(tools, operation):
     return [tools.zamofw, *operation.words]
 
 
+def _settled(place):
+    """Without what is random in names: numbers of new profiles and of processes, and the end of a
+    temporary name."""
+    return re.sub(r"(?<=_mod_list\.)\w+|(?<!IPv)\d+", "N", place)
+
+
 def attempt(tools, operation, point):
+    forget_locks()
     for path in (LOG, COUNT_FILE):
         pathlib.Path(path).unlink(missing_ok=True)
     environment = dict(ENVIRONMENT)

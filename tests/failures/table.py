@@ -6,6 +6,7 @@
 import json
 import sys
 
+from operations import OPERATIONS
 from points import CAUSES
 
 BEGIN = "<!-- The rest is written by scripts/failures --update. -->\n"
@@ -65,8 +66,10 @@ def document_text(results):
     """One table for all operations that have the same. The legacy variant has one of its own only
     where it differs."""
     tables = rows_of(results)
+    names = [operation.name for operation in OPERATIONS]
     together = {}
-    for operation, rows in tables.items():
+    for operation in sorted(tables, key=lambda full: (names.index(full.partition(" (")[0]), full)):
+        rows = tables[operation]
         name, _, variant = operation.partition(" (")
         if not variant or without_memory(tables.get(name, {})) != rows:
             together.setdefault(table_text(rows), []).append(operation)
@@ -124,6 +127,8 @@ def main():
         document = file.read()
     faults = [f"{result['operation']} said {result['says']}: {result['place']}: "
               f"{cells_of(result)}" for result in lies(results)]
+    faults += [f"{result['operation']}: {result['place']}: it is another call this time"
+               for result in results if result["missed"]]
     if mode == "write":
         with open(path, "w", encoding="utf-8") as file:
             file.write(document.partition(BEGIN)[0] + BEGIN + document_text(results))
