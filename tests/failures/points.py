@@ -49,10 +49,11 @@ class Ended:
         self.said = said
 
     def missed(self, point):
-        """Whether another call failed than the one of the point, or none."""
+        """What failed in the place of the call that was meant; empty when it was that one."""
         there = [line[6:] for line in self.log.splitlines() if line.startswith("there ")]
-        return (point.cause not in ("platform", "memory")
-                and [_settled(place) for place in there] != [_settled(point.place)])
+        is_meant = [_settled(place) for place in there] == [_settled(point.place)]
+        is_by_number = point.cause in ("platform", "memory")
+        return "" if is_by_number or is_meant else ", ".join(there) or "nothing"
 
 
 def _words(tools, operation):
