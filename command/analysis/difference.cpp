@@ -51,8 +51,8 @@ class FamilyDifference {
 
     // What a set of classes stands for.
     struct Numbers {
-        SharedIntervals
-            intervals;  // null for all numbers of a dimension that a change need not say
+        // Null for all numbers of a dimension that a change need not say.
+        SharedIntervals intervals;
         Number example;
     };
 

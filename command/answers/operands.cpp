@@ -34,7 +34,7 @@ std::vector<std::string> operandNames(const std::string& usage) {
 }
 
 bool hasValue(const std::string& word, const std::string& option) {
-    return word.compare(0, option.size() + 1, option + "=") == 0;
+    return startsWith(word, option + "=");
 }
 
 void checkOperand(const std::string& word,

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "command/history/privateDirectory.h"
+#include "command/startsWith.h"
 
 namespace zamofw {
 namespace {
@@ -13,7 +14,7 @@ constexpr const char* kEnd = "\nCOMMIT\n";
 
 bool isWhole(const std::string& input, const std::string& head) {
     const std::string end = kEnd;
-    return input.compare(0, head.size(), head) == 0 && input.size() > end.size() &&
+    return startsWith(input, head) && input.size() > end.size() &&
            input.compare(input.size() - end.size(), end.size(), end) == 0;
 }
 

@@ -1,6 +1,7 @@
 #include "command/words/ruleWords.h"
 
 #include "command/console.h"
+#include "command/startsWith.h"
 #include "command/words/policyWord.h"
 #include "command/words/ports.h"
 #include "command/words/quoting.h"
@@ -56,7 +57,7 @@ struct SplitWord {
 
 SplitWord split(const std::string& text) {
     const std::size_t equals = text.find('=');
-    if (text.compare(0, 2, "--") != 0 || equals == std::string::npos) {
+    if (!startsWith(text, "--") || equals == std::string::npos) {
         return {text, std::nullopt};
     }
     return {text.substr(0, equals), text.substr(equals + 1)};

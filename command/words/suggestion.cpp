@@ -5,6 +5,8 @@
 #include <numeric>
 #include <utility>
 
+#include "command/startsWith.h"
+
 namespace zamofw {
 namespace {
 
@@ -70,7 +72,7 @@ std::string suggestion(const std::string& word, const std::vector<std::string>& 
             least = letters;
             nearest = &candidate;
         }
-        if (wanted.size() >= 3 && other.compare(0, wanted.size(), wanted) == 0) {
+        if (wanted.size() >= 3 && startsWith(other, wanted)) {
             begun.push_back(&candidate);
         }
     }

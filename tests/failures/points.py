@@ -50,10 +50,12 @@ class Ended:
 
     def missed(self, point):
         """What failed in the place of the call that was meant; empty when it was that one."""
+        if point.cause in ("platform", "memory"):
+            return ""
         there = [line[6:] for line in self.log.splitlines() if line.startswith("there ")]
-        is_meant = [_settled(place) for place in there] == [_settled(point.place)]
-        is_by_number = point.cause in ("platform", "memory")
-        return "" if is_by_number or is_meant else ", ".join(there) or "nothing"
+        if [_settled(place) for place in there] == [_settled(point.place)]:
+            return ""
+        return ", ".join(there) or "nothing"
 
 
 def _words(tools, operation):

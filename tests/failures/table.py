@@ -20,6 +20,10 @@ def cells_of(result):
             result["left"], "hangs" if result["hung"] else code(result["heals"]))
 
 
+def without_variant(operation):
+    return operation.partition(" (")[0]
+
+
 def code(heals):
     return f"`{heals}`" if heals.startswith("zamofw") else heals
 
@@ -68,10 +72,10 @@ def document_text(results):
     tables = rows_of(results)
     names = [operation.name for operation in OPERATIONS]
     together = {}
-    for operation in sorted(tables, key=lambda full: (names.index(full.partition(" (")[0]), full)):
+    for operation in sorted(tables, key=lambda full: (names.index(without_variant(full)), full)):
         rows = tables[operation]
-        name, _, variant = operation.partition(" (")
-        if not variant or without_memory(tables.get(name, {})) != rows:
+        name = without_variant(operation)
+        if operation == name or without_memory(tables.get(name, {})) != rows:
             together.setdefault(table_text(rows), []).append(operation)
     return "".join(f"\n### {', '.join(operations)}\n\n{table}"
                    for table, operations in together.items())
@@ -99,7 +103,7 @@ def unsaid(results, said):
     for result in results:
         operation = result["operation"]
         if operation not in with_table:
-            operation = operation.partition(" (")[0]
+            operation = without_variant(operation)
         if (operation, result["cause"], cells_of(result)) not in said:
             yield result
 
@@ -113,7 +117,7 @@ def is_unnoticed(result):
     tell, and flushes that fail before a reload line by line."""
     no_interfaces = result["place"].endswith("VLIBNetGetInterfaceInfo") or (
         result["cause"] == "memory")
-    operation = result["operation"].partition(" (")[0]
+    operation = without_variant(result["operation"])
     return "a part" in result["rules"] and (no_interfaces or operation in LINE_BY_LINE)
 
 
@@ -124,7 +128,7 @@ def lies(results):
     for result in results:
         stored = {result["settings"], result["profiles"]}
         is_done = {result["rules"], *stored} <= whole
-        is_half = (result["operation"].partition(" (")[0] in TAKING_BACK
+        is_half = (without_variant(result["operation"]) in TAKING_BACK
                    and result["rules"] == "new" and "old" in stored)
         if not is_unnoticed(result) and ((result["says"] == "done" and not is_done)
                                          or (result["says"] == "failed" and is_half)):
